@@ -1,0 +1,84 @@
+#include "entry/AbstractContent.h"
+
+#include "entry/Write.h"
+
+#include <memory>
+#include <stdexcept>
+
+namespace zorv2 {
+namespace Lbx {
+
+namespace {
+
+// Indexed by Content::TYPE.
+const char* const typeTexts[] = {"abcost", "cursor", "empty", "font", "graphic",
+                                 "leader", "race",   "sound", "text", "unknown"};
+
+} // namespace
+
+Content::AbstractContent::AbstractContent(std::string name, char* data, unsigned int size, TYPE type)
+    : valid(false), name(std::move(name)), data(data), size(size), type(type)
+{
+}
+
+Content::AbstractContent::~AbstractContent() = default;
+
+unsigned char Content::AbstractContent::read1(unsigned int offset)
+{
+    return read1(data, offset);
+}
+
+unsigned short Content::AbstractContent::read2(unsigned int offset)
+{
+    return read2(data, offset);
+}
+
+unsigned int Content::AbstractContent::read4(unsigned int offset)
+{
+    return read4(data, offset);
+}
+
+unsigned char Content::AbstractContent::read1(char* data, unsigned int offset)
+{
+    return static_cast<unsigned char>(data[offset]);
+}
+
+unsigned short Content::AbstractContent::read2(char* data, unsigned int offset)
+{
+    return static_cast<unsigned short>(read1(data, offset) | (read1(data, offset + 1) << 8));
+}
+
+unsigned int Content::AbstractContent::read4(char* data, unsigned int offset)
+{
+    return read2(data, offset) | (static_cast<unsigned int>(read2(data, offset + 2)) << 16);
+}
+
+std::string Content::AbstractContent::typeStr()
+{
+    return typeStr(type);
+}
+
+std::string Content::AbstractContent::typeStr(TYPE type)
+{
+    const auto value = static_cast<unsigned int>(type);
+    return value < std::size(typeTexts) ? typeTexts[value] : "invalid";
+}
+
+Content* Content::AbstractContent::genContent(Write& write, TYPE type)
+{
+    const std::string name = "created " + typeStr(type);
+    char* bytes = write.gen();
+    const unsigned int size = write.size();
+    std::unique_ptr<Content> content(new Content(name, bytes, size));
+    if (content->type() != type)
+        throw std::runtime_error("bug in " + typeStr(type) + " creation, sorry");
+    return content.release();
+}
+
+void Content::AbstractContent::refuseDebugCreation(Content* content)
+{
+    throw std::runtime_error("error: debug creation not implemented for " + content->typeStr() + ", sorry.");
+}
+
+} // namespace Lbx
+} // namespace zorv2

@@ -1,0 +1,48 @@
+#ifndef ZORV2_LBX_ABSTRACTCONTENT_H
+#define ZORV2_LBX_ABSTRACTCONTENT_H
+
+#include "entry/Content.h"
+
+#include <string>
+
+namespace zorv2 {
+namespace Lbx {
+
+// Base of every entry kind. A kind tests the bytes in its constructor and sets
+// `valid` when it accepts them; it reads through `data` but never owns it.
+class Content::AbstractContent {
+public:
+    AbstractContent(std::string name, char* data, unsigned int size, TYPE type);
+    virtual ~AbstractContent();
+    virtual std::string info() = 0;
+
+    // Little-endian reads composed byte by byte; they test no bounds.
+    unsigned char read1(unsigned int offset);
+    unsigned short read2(unsigned int offset);
+    unsigned int read4(unsigned int offset);
+    static unsigned char read1(char* data, unsigned int offset);
+    static unsigned short read2(char* data, unsigned int offset);
+    static unsigned int read4(char* data, unsigned int offset);
+
+    std::string typeStr();
+    static std::string typeStr(TYPE type);
+
+    // The last step of every create: classifies the built bytes and insists
+    // that they come out as `type`.
+    static Content* genContent(Write& write, TYPE type);
+
+    bool valid;
+    std::string name;
+    char* data;
+    unsigned int size;
+    TYPE type;
+
+protected:
+    // createDebug of the kinds that cannot be re-created.
+    [[noreturn]] static void refuseDebugCreation(Content* content);
+};
+
+} // namespace Lbx
+} // namespace zorv2
+
+#endif

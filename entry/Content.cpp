@@ -1,0 +1,188 @@
+#include "entry/Content.h"
+
+#include "entry/AbstractContent.h"
+#include "entry/Unknown.h"
+#include "entry/Write.h"
+#include "images/Cursor.h"
+#include "images/Font.h"
+#include "images/Graphic.h"
+#include "kinds/Abcost.h"
+#include "kinds/Leader.h"
+#include "kinds/Race.h"
+#include "kinds/Sound.h"
+#include "kinds/Text.h"
+
+#include <fstream>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <vector>
+
+namespace zorv2 {
+namespace Lbx {
+
+namespace {
+
+using Kind = Content::AbstractContent;
+using Factory = Kind* (*)(const std::string& name, char* data, unsigned int size);
+
+// The classification order: the first kind whose test accepts the bytes wins,
+// so an entry that several tests would accept gets the earliest of them.
+// Unknown, which accepts everything, closes the chain in Content::gen.
+const std::vector<Factory> classificationChain = {
+};
+
+} // namespace
+
+Content::Content() : Content("empty", nullptr, 0)
+{
+}
+
+Content::Content(std::string name, char* data, unsigned int size) : content(gen(std::move(name), data, size))
+{
+}
+
+Content::Content(std::string path) : content(nullptr)
+{
+    std::ifstream in(path, std::ios::binary | std::ios::ate);
+    if (!in.good())
+        throw std::runtime_error("'" + path + "' could not be opened");
+    const auto size = static_cast<unsigned int>(in.tellg());
+    in.seekg(0);
+    std::unique_ptr<char[]> block(new char[size]);
+    in.read(block.get(), size);
+    if (static_cast<unsigned int>(in.gcount()) != size)
+        throw std::runtime_error("'" + path + "' could not be opened");
+    content = gen(path, block.get(), size);
+    block.release();
+}
+
+Content::Content(const Content& other) : content(nullptr)
+{
+    const unsigned int size = other.content->size;
+    std::unique_ptr<char[]> block(new char[size]);
+    std::copy(other.content->data, other.content->data + size, block.get());
+    content = gen(other.content->name, block.get(), size);
+    block.release();
+}
+
+Content::~Content()
+{
+    // The block goes first; no kind's destructor reads it.
+    delete[] content->data;
+    delete content;
+}
+
+char* Content::data()
+{
+    return content->data;
+}
+
+unsigned int Content::size()
+{
+    return content->size;
+}
+
+Content::TYPE Content::type()
+{
+    return content->type;
+}
+
+std::string Content::typeStr()
+{
+    return content->typeStr();
+}
+
+std::string Content::typeStr(TYPE type)
+{
+    return AbstractContent::typeStr(type);
+}
+
+std::string Content::info()
+{
+    std::ostringstream line;
+    line << std::setw(7) << typeStr() << ' ' << std::setw(10) << size() << "    " << contentInfo();
+    return line.str();
+}
+
+std::string Content::contentInfo()
+{
+    return content->info();
+}
+
+Content* Content::debugCreate()
+{
+    switch (type()) {
+    case UNKNOWN: return Unknown::createDebug(this);
+    default: throw std::runtime_error("unhandled type");
+    }
+}
+
+void Content::write(std::string path)
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out.good())
+        throw std::runtime_error("could not write to '" + path + "'");
+    out.write(data(), size());
+}
+
+Content::AbstractContent* Content::gen(std::string name, char* data, unsigned int size)
+{
+    for (const Factory make : classificationChain) {
+        std::unique_ptr<AbstractContent> kind(make(name, data, size));
+        if (kind->valid)
+            return kind.release();
+    }
+    return new Unknown(std::move(name), data, size, UNKNOWN);
+}
+
+Content::AbstractContent* Content::expect(TYPE wanted)
+{
+    if (content->type != wanted)
+        throw std::runtime_error(content->name + " is of type " + typeStr() + " , not " + typeStr(wanted));
+    return content;
+}
+
+Content::Abcost* Content::abcost()
+{
+    return static_cast<Abcost*>(expect(ABCOST));
+}
+
+Content::Cursor* Content::cursor()
+{
+    return static_cast<Cursor*>(expect(CURSOR));
+}
+
+Content::Font* Content::font()
+{
+    return static_cast<Font*>(expect(FONT));
+}
+
+Content::Graphic* Content::graphic()
+{
+    return static_cast<Graphic*>(expect(GRAPHIC));
+}
+
+Content::Leader* Content::leader()
+{
+    return static_cast<Leader*>(expect(LEADER));
+}
+
+Content::Race* Content::race()
+{
+    return static_cast<Race*>(expect(RACE));
+}
+
+Content::Sound* Content::sound()
+{
+    return static_cast<Sound*>(expect(SOUND));
+}
+
+Content::Text* Content::text()
+{
+    return static_cast<Text*>(expect(TEXT));
+}
+
+} // namespace Lbx
+} // namespace zorv2

@@ -1,0 +1,145 @@
+#include "entry/Write.h"
+
+#include "entry/AbstractContent.h"
+
+#include <fstream>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+
+namespace zorv2 {
+namespace Lbx {
+
+Content::Write::Write() : reference(nullptr), expectedSize(0), mismatch(false)
+{
+}
+
+Content::Write::Write(const Write& other) = default;
+
+Content::Write::~Write() = default;
+
+void Content::Write::add(char* data, unsigned int size)
+{
+    if (size > 0)
+        bytes.insert(bytes.end(), data, data + size);
+}
+
+void Content::Write::add(Write& other)
+{
+    // gen runs the sub-builder's own final check; its exception leaves this
+    // builder untouched.
+    std::unique_ptr<char[]> block(other.gen());
+    add(block.get(), other.size());
+}
+
+void Content::Write::add1(std::string label, unsigned char value, bool compare)
+{
+    if (compare && reference)
+        compareField(label, value, 1);
+    bytes.push_back(static_cast<char>(value));
+}
+
+void Content::Write::add2(std::string label, unsigned short value, bool compare)
+{
+    if (compare && reference)
+        compareField(label, value, 2);
+    bytes.push_back(static_cast<char>(value & 0xFF));
+    bytes.push_back(static_cast<char>(value >> 8));
+}
+
+void Content::Write::add4(std::string label, unsigned int value, bool compare)
+{
+    if (compare && reference)
+        compareField(label, value, 4);
+    for (unsigned int shift = 0; shift < 32; shift += 8)
+        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
+}
+
+void Content::Write::add1(std::string label, unsigned char value)
+{
+    add1(std::move(label), value, true);
+}
+
+void Content::Write::add2(std::string label, unsigned short value)
+{
+    add2(std::move(label), value, true);
+}
+
+void Content::Write::add4(std::string label, unsigned int value)
+{
+    add4(std::move(label), value, true);
+}
+
+void Content::Write::compareField(std::string& label, unsigned int value, unsigned int width)
+{
+    const std::size_t offset = bytes.size();
+    // A field that reaches past the end of the reference is not compared: the
+    // reference is never read beyond its length, and the final size
+    // comparison in gen reports the overrun.
+    if (offset + width > expectedSize)
+        return;
+    const auto at = static_cast<unsigned int>(offset);
+    unsigned int stored = 0;
+    switch (width) {
+    case 1: stored = AbstractContent::read1(reference, at); break;
+    case 2: stored = AbstractContent::read2(reference, at); break;
+    default: stored = AbstractContent::read4(reference, at); break;
+    }
+    debugAdd(std::move(label), value, stored);
+}
+
+void Content::Write::debugAdd(std::string label, unsigned int is, unsigned int shouldBe)
+{
+    if (is == shouldBe)
+        return;
+    mismatch = true;
+    std::cerr << "debug " << name << " - is " << std::setw(5) << is << ", should be " << std::setw(5) << shouldBe
+              << "  '" << label << "'\n";
+}
+
+void Content::Write::setDebug(std::string name, char* reference, unsigned int size)
+{
+    this->name = std::move(name);
+    this->reference = reference;
+    expectedSize = size;
+}
+
+void Content::Write::clear()
+{
+    bytes.clear();
+}
+
+char* Content::Write::gen()
+{
+    if (reference) {
+        debugAdd("size", size(), expectedSize);
+        if (mismatch)
+            throw std::runtime_error("debug " + name);
+    }
+    char* block = new char[bytes.size()];
+    std::copy(bytes.begin(), bytes.end(), block);
+    return block;
+}
+
+unsigned int Content::Write::size()
+{
+    return static_cast<unsigned int>(bytes.size());
+}
+
+void Content::Write::write(std::string path)
+{
+    std::unique_ptr<char[]> block(gen());
+    write(std::move(path), block.get(), size());
+}
+
+void Content::Write::write(std::string path, char* data, unsigned int size)
+{
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out.good())
+        throw std::runtime_error("could not write to " + path);
+    out.write(data, size);
+}
+
+} // namespace Lbx
+} // namespace zorv2

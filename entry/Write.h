@@ -1,0 +1,51 @@
+#ifndef ZORV2_LBX_WRITE_H
+#define ZORV2_LBX_WRITE_H
+
+#include "entry/Content.h"
+
+#include <string>
+#include <vector>
+
+namespace zorv2 {
+namespace Lbx {
+
+// Builds a block of bytes field by field. Given a reference with setDebug, it
+// also verifies: every labelled field is held against the reference bytes at
+// the same offset, each difference is reported on std::cerr, and gen refuses
+// to hand the bytes over once anything differed.
+class Content::Write {
+public:
+    Write();
+    Write(const Write& other);
+    virtual ~Write();
+
+    void add(char* data, unsigned int size);
+    void add(Write& other);
+    void add1(std::string label, unsigned char value, bool compare);
+    void add2(std::string label, unsigned short value, bool compare);
+    void add4(std::string label, unsigned int value, bool compare);
+    void add1(std::string label, unsigned char value);
+    void add2(std::string label, unsigned short value);
+    void add4(std::string label, unsigned int value);
+    void debugAdd(std::string label, unsigned int is, unsigned int shouldBe);
+    void setDebug(std::string name, char* reference, unsigned int size);
+    void clear();
+    char* gen();
+    unsigned int size();
+    void write(std::string path);
+    static void write(std::string path, char* data, unsigned int size);
+
+private:
+    void compareField(std::string& label, unsigned int value, unsigned int width);
+
+    std::vector<char> bytes;
+    char* reference;
+    unsigned int expectedSize;
+    std::string name;
+    bool mismatch;
+};
+
+} // namespace Lbx
+} // namespace zorv2
+
+#endif

@@ -1,0 +1,41 @@
+#ifndef ZORV2_LBX_CURSOR_H
+#define ZORV2_LBX_CURSOR_H
+
+#include "entry/AbstractContent.h"
+#include "entry/Write.h"
+
+#include <string>
+
+namespace zorv2 {
+namespace Lbx {
+
+// A palette and 20 images of 576 pixels in one entry of exactly 12544 bytes.
+// Index 0 is transparent.
+class Content::Cursor : public Content::AbstractContent {
+public:
+    Cursor(std::string name, char* data, unsigned int size, TYPE type);
+    virtual ~Cursor();
+    virtual std::string info();
+
+    void setPalette(unsigned char* palette);
+    unsigned char* get(unsigned int index);
+    unsigned char** pixarray();
+    unsigned char* gen(unsigned int index, unsigned char* palette);
+    unsigned char* palette();
+    unsigned char* paletteCopy();
+
+    static Content* create(unsigned char* palette, unsigned char** frames);
+    static Content* create(unsigned char* palette, Content* content);
+    static void create(Write& write, unsigned char* palette, unsigned char** frames, unsigned char* search);
+    static Content* createDebug(Content* content);
+
+private:
+    unsigned char** frameCache;
+    unsigned char* ownPalette;
+    unsigned char* outsidePalette;
+};
+
+} // namespace Lbx
+} // namespace zorv2
+
+#endif

@@ -1,0 +1,40 @@
+#ifndef ZORV2_LBX_FONT_H
+#define ZORV2_LBX_FONT_H
+
+#include "entry/AbstractContent.h"
+#include "entry/Write.h"
+
+#include <string>
+#include <vector>
+
+namespace zorv2 {
+namespace Lbx {
+
+// Six fonts of 256 glyphs: a fixed 9116-byte header of heights, widths and
+// glyph offsets, followed by glyph bytes that the library treats as opaque.
+class Content::Font : public Content::AbstractContent {
+public:
+    Font(std::string name, char* data, unsigned int size, TYPE type);
+    virtual ~Font();
+    virtual std::string info();
+
+    void setPalette(unsigned char* palette);
+    unsigned short height(unsigned int font);
+    unsigned char width(unsigned int font, unsigned int glyph);
+    unsigned int offset(unsigned int font, unsigned int glyph);
+    unsigned char* glyph(unsigned int font, unsigned int glyph);
+
+    static Content* create(unsigned char* palette, unsigned short* heights, unsigned char* widths,
+                           unsigned char** glyphs);
+    static void create(Write& write, std::vector<Write>& glyphWrites, unsigned char* palette,
+                       unsigned short* heights, unsigned char* widths, unsigned char** glyphs);
+    static Content* createDebug(Content* content);
+
+private:
+    unsigned char* fontPalette;
+};
+
+} // namespace Lbx
+} // namespace zorv2
+
+#endif

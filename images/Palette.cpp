@@ -1,0 +1,147 @@
+#include "images/Palette.h"
+
+#include <algorithm>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace zorv2 {
+namespace Lbx {
+
+namespace {
+
+// A palette array holds 256 entries of red, green, blue, alpha; a DAC array
+// the same number of entries of lead byte, red, green, blue in 6 bits.
+constexpr unsigned int COLORS = 256;
+constexpr unsigned int ENTRY_SIZE = 4;
+constexpr unsigned int ARRAY_SIZE = COLORS * ENTRY_SIZE;
+constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
+constexpr unsigned char MAX_DAC = 63;
+constexpr unsigned char OPAQUE = 255;
+
+// What a palette can hold of a component: its top 6 bits.
+unsigned char reduced(unsigned char component)
+{
+    return static_cast<unsigned char>(component & 0xFC);
+}
+
+std::runtime_error colorNotFound(const unsigned char* color)
+{
+    return std::runtime_error("color " + std::to_string(color[RED]) + "," + std::to_string(color[GREEN]) + "," +
+                              std::to_string(color[BLUE]) + " not found in palette");
+}
+
+} // namespace
+
+unsigned char Content::Palette::fromDac(unsigned char dac)
+{
+    if (dac > MAX_DAC)
+        throw std::runtime_error("invalid dac value (>63)");
+    return static_cast<unsigned char>(dac * 4);
+}
+
+unsigned char Content::Palette::toDac(unsigned char value)
+{
+    return static_cast<unsigned char>(value >> 2);
+}
+
+unsigned char* Content::Palette::pal2dac(unsigned char* palette, unsigned char lead)
+{
+    auto* dac = new unsigned char[ARRAY_SIZE];
+    for (unsigned int i = 0; i < ARRAY_SIZE; i += ENTRY_SIZE) {
+        dac[i] = lead;
+        dac[i + 1] = toDac(palette[i + RED]);
+        dac[i + 2] = toDac(palette[i + GREEN]);
+        dac[i + 3] = toDac(palette[i + BLUE]);
+    }
+    return dac;
+}
+
+bool Content::Palette::findColor(unsigned char* palette, unsigned char* color, unsigned char* index,
+                                 unsigned int begin, unsigned int end)
+{
+    const unsigned char red = reduced(color[RED]);
+    const unsigned char green = reduced(color[GREEN]);
+    const unsigned char blue = reduced(color[BLUE]);
+    // Entries are compared as they stand: one that is no multiple of 4 in
+    // some component is never found.
+    for (unsigned int i = begin; i < std::min(end, COLORS); ++i) {
+        const unsigned char* entry = palette + i * ENTRY_SIZE;
+        if (entry[RED] == red && entry[GREEN] == green && entry[BLUE] == blue) {
+            if (index)
+                *index = static_cast<unsigned char>(i);
+            return true;
+        }
+    }
+    return false;
+}
+
+bool Content::Palette::findColor(unsigned char* palette, unsigned char* color, unsigned char* index)
+{
+    return findColor(palette, color, index, 0, COLORS);
+}
+
+unsigned char Content::Palette::findColor(unsigned char* palette, unsigned char* color, unsigned int begin,
+                                          unsigned int end)
+{
+    unsigned char index = 0;
+    if (!findColor(palette, color, &index, begin, end))
+        throw colorNotFound(color);
+    return index;
+}
+
+unsigned char Content::Palette::findColor(unsigned char* palette, unsigned char* color)
+{
+    return findColor(palette, color, 0u, COLORS);
+}
+
+unsigned char* Content::Palette::create(unsigned char** images, unsigned int* widths, unsigned int* heights,
+                                        unsigned int count)
+{
+    // Entries from the last colour found on stay 0, 0, 0, 0.
+    std::unique_ptr<unsigned char[]> palette(new unsigned char[ARRAY_SIZE]());
+    unsigned int filled = 0;
+    for (unsigned int image = 0; image < count; ++image) {
+        const std::size_t pixels = std::size_t{widths[image]} * heights[image];
+        for (std::size_t p = 0; p < pixels; ++p) {
+            unsigned char* color = images[image] + p * ENTRY_SIZE;
+            if (color[ALPHA] == 0 || findColor(palette.get(), color, nullptr, 0, filled))
+                continue;
+            if (filled == COLORS)
+                throw std::runtime_error("images cannot have more than 256 colors");
+            unsigned char* entry = palette.get() + filled * ENTRY_SIZE;
+            entry[RED] = reduced(color[RED]);
+            entry[GREEN] = reduced(color[GREEN]);
+            entry[BLUE] = reduced(color[BLUE]);
+            entry[ALPHA] = OPAQUE;
+            ++filled;
+        }
+    }
+    return palette.release();
+}
+
+unsigned char* Content::Palette::empty()
+{
+    auto* palette = new unsigned char[ARRAY_SIZE]();
+    for (unsigned int i = 0; i < ARRAY_SIZE; i += ENTRY_SIZE)
+        palette[i + ALPHA] = OPAQUE;
+    return palette;
+}
+
+unsigned char* Content::Palette::fake()
+{
+    // 256 colours that differ at DAC precision and are never black: blue
+    // runs through 4..252, then green steps up by 4.
+    auto* palette = new unsigned char[ARRAY_SIZE];
+    for (unsigned int i = 0; i < COLORS; ++i) {
+        unsigned char* entry = palette + i * ENTRY_SIZE;
+        entry[RED] = 4;
+        entry[GREEN] = static_cast<unsigned char>(4 + 4 * (i / MAX_DAC));
+        entry[BLUE] = static_cast<unsigned char>(4 + 4 * (i % MAX_DAC));
+        entry[ALPHA] = OPAQUE;
+    }
+    return palette;
+}
+
+} // namespace Lbx
+} // namespace zorv2

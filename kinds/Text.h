@@ -1,0 +1,35 @@
+#ifndef ZORV2_LBX_TEXT_H
+#define ZORV2_LBX_TEXT_H
+
+#include "entry/AbstractContent.h"
+#include "entry/Write.h"
+
+#include <string>
+#include <vector>
+
+namespace zorv2 {
+namespace Lbx {
+
+// A table of strings in records of one fixed length, decoded at construction.
+class Content::Text : public Content::AbstractContent {
+public:
+    Text(std::string name, char* data, unsigned int size, TYPE type);
+    virtual ~Text();
+    virtual std::string info();
+
+    std::string get(unsigned int index);
+    // The number of strings; the entry's byte count stays AbstractContent::size.
+    unsigned int size();
+
+    static Content* create(std::vector<std::string>& strings);
+    static void create(Write& write, std::vector<std::string>& strings);
+    static Content* createDebug(Content* content);
+
+private:
+    std::vector<std::string> strings;
+};
+
+} // namespace Lbx
+} // namespace zorv2
+
+#endif
