@@ -1,0 +1,20 @@
+#!/usr/bin/env bash
+# Installs the built library into a scratch prefix and builds the consumer
+# project against it, once through the CMake package and once through
+# pkg-config. Usage: run.sh BUILD_DIR SOURCE_DIR SCRATCH_DIR CXX CXX_FLAGS
+set -euo pipefail
+build=$1 consumer=$2 scratch=$3 cxx=$4 flags=$5
+
+rm -rf "$scratch"
+cmake --install "$build" --prefix "$scratch/prefix" >/dev/null
+
+cmake -S "$consumer" -B "$scratch/cmake" -G Ninja -DCMAKE_PREFIX_PATH="$scratch/prefix" \
+    -DCMAKE_CXX_COMPILER="$cxx" -DCMAKE_CXX_FLAGS="$flags" >/dev/null
+cmake --build "$scratch/cmake" >/dev/null
+"$scratch/cmake/consumer"
+
+libdir=$(dirname "$(find "$scratch/prefix" -name zorv2-lbx.pc)")
+export PKG_CONFIG_PATH="$libdir"
+# shellcheck disable=SC2046,SC2086
+"$cxx" -std=c++17 $flags "$consumer/main.cpp" $(pkg-config --cflags --libs zorv2-lbx) -o "$scratch/pkgconfig-consumer"
+"$scratch/pkgconfig-consumer"
