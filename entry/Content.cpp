@@ -7,6 +7,7 @@
 #include "images/Font.h"
 #include "images/Graphic.h"
 #include "kinds/Abcost.h"
+#include "kinds/Empty.h"
 #include "kinds/Leader.h"
 #include "kinds/Race.h"
 #include "kinds/Sound.h"
@@ -31,6 +32,12 @@ using Factory = Kind* (*)(const std::string& name, char* data, unsigned int size
 // so an entry that several tests would accept gets the earliest of them.
 // Unknown, which accepts everything, closes the chain in Content::gen.
 const std::vector<Factory> classificationChain = {
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Empty(n, d, s, Content::EMPTY); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Sound(n, d, s, Content::SOUND); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Leader(n, d, s, Content::LEADER); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Race(n, d, s, Content::RACE); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Abcost(n, d, s, Content::ABCOST); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Text(n, d, s, Content::TEXT); },
 };
 
 } // namespace
@@ -114,6 +121,12 @@ std::string Content::contentInfo()
 Content* Content::debugCreate()
 {
     switch (type()) {
+    case ABCOST: return Abcost::createDebug(this);
+    case EMPTY: return Empty::createDebug(this);
+    case LEADER: return Leader::createDebug(this);
+    case RACE: return Race::createDebug(this);
+    case SOUND: return Sound::createDebug(this);
+    case TEXT: return Text::createDebug(this);
     case UNKNOWN: return Unknown::createDebug(this);
     default: throw std::runtime_error("unhandled type");
     }

@@ -1,0 +1,125 @@
+#include "kinds/Text.h"
+
+#include <algorithm>
+#include <cstdint>
+
+namespace zorv2 {
+namespace Lbx {
+
+namespace {
+
+// A table of strings, header fields little-endian:
+//
+//   0  nr        2              number of records
+//   2  textsize  2              bytes in one record
+//   4  records   nr x textsize  record i at 4 + i * textsize
+//
+// A string ends at its record's first zero byte, or fills the record without
+// a terminator; whatever follows that zero is ignored when reading.
+constexpr unsigned int NR_OFFSET = 0;
+constexpr unsigned int TEXTSIZE_OFFSET = 2;
+constexpr unsigned int RECORDS_OFFSET = 4;
+
+// Record lengths chosen by create: the two standard ones keep a terminator
+// behind every string; beyond them the longest string sets the length alone.
+constexpr std::size_t SHORT_RECORD = 100;
+constexpr std::size_t LONG_RECORD = 200;
+
+std::size_t recordLength(std::size_t longest)
+{
+    if (longest < SHORT_RECORD)
+        return SHORT_RECORD;
+    if (longest < LONG_RECORD)
+        return LONG_RECORD;
+    return longest;
+}
+
+std::size_t longestLength(const std::vector<std::string>& strings)
+{
+    std::size_t longest = 0;
+    for (const std::string& text : strings)
+        longest = std::max(longest, text.size());
+    return longest;
+}
+
+} // namespace
+
+Content::Text::Text(std::string name, char* data, unsigned int size, TYPE type)
+    : AbstractContent(std::move(name), data, size, type)
+{
+    if (size < RECORDS_OFFSET)
+        return;
+    const unsigned int nr = read2(NR_OFFSET);
+    const unsigned int textsize = read2(TEXTSIZE_OFFSET);
+    // Widened before multiplying: the 16-bit fields would otherwise be
+    // promoted to int, whose range their product can leave. The match with
+    // the size is also what bounds the reads and the list below.
+    if (std::uint64_t{nr} * textsize + RECORDS_OFFSET != size)
+        return;
+    valid = true;
+
+    strings.reserve(nr);
+    for (unsigned int record = 0; record < nr; ++record) {
+        const char* begin = data + RECORDS_OFFSET + std::size_t{record} * textsize;
+        const char* end = begin + textsize;
+        strings.emplace_back(begin, std::find(begin, end, '\0'));
+    }
+}
+
+Content::Text::~Text() = default;
+
+std::string Content::Text::info()
+{
+    return "";
+}
+
+std::string Content::Text::get(unsigned int index)
+{
+    return strings[index];
+}
+
+unsigned int Content::Text::size()
+{
+    return static_cast<unsigned int>(strings.size());
+}
+
+Content* Content::Text::create(std::vector<std::string>& strings)
+{
+    Write write;
+    create(write, strings);
+    return genContent(write, TEXT);
+}
+
+void Content::Text::create(Write& write, std::vector<std::string>& strings)
+{
+    const std::size_t textsize = recordLength(longestLength(strings));
+    // More than 16 bits of either value are cut in its field; the bytes then
+    // no longer fit the header, and genContent refuses them.
+    write.add2("nr", static_cast<unsigned short>(strings.size()));
+    write.add2("textsize", static_cast<unsigned short>(textsize));
+    for (const std::string& text : strings) {
+        for (std::size_t position = 0; position < textsize; ++position) {
+            if (position < text.size())
+                write.add1("text", static_cast<unsigned char>(text[position]));
+            else
+                write.add1("text fill", 0);
+        }
+    }
+}
+
+Content* Content::Text::createDebug(Content* content)
+{
+    Text* table = content->text();
+    std::vector<std::string> strings;
+    strings.reserve(table->size());
+    for (unsigned int index = 0; index < table->size(); ++index)
+        strings.push_back(table->get(index));
+
+    Write write;
+    write.setDebug("text", content->data(), content->size());
+    create(write, strings);
+    return genContent(write, TEXT);
+}
+
+} // namespace Lbx
+} // namespace zorv2
