@@ -31,6 +31,7 @@ using Factory = Kind* (*)(const std::string& name, char* data, unsigned int size
 // so an entry that several tests would accept gets the earliest of them.
 // Unknown, which accepts everything, closes the chain in Content::gen.
 const std::vector<Factory> classificationChain = {
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Font(n, d, s, Content::FONT); },
     [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Cursor(n, d, s, Content::CURSOR); },
 };
 
@@ -116,6 +117,7 @@ Content* Content::debugCreate()
 {
     switch (type()) {
     case CURSOR: return Cursor::createDebug(this);
+    case FONT: return Font::createDebug(this);
     case UNKNOWN: return Unknown::createDebug(this);
     default: throw std::runtime_error("unhandled type");
     }
