@@ -33,7 +33,9 @@ using Factory = Kind* (*)(const std::string& name, char* data, unsigned int size
 // Unknown, which accepts everything, closes the chain in Content::gen.
 const std::vector<Factory> classificationChain = {
     [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Empty(n, d, s, Content::EMPTY); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Font(n, d, s, Content::FONT); },
     [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Sound(n, d, s, Content::SOUND); },
+    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Cursor(n, d, s, Content::CURSOR); },
     [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Leader(n, d, s, Content::LEADER); },
     [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Race(n, d, s, Content::RACE); },
     [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Abcost(n, d, s, Content::ABCOST); },
@@ -122,7 +124,9 @@ Content* Content::debugCreate()
 {
     switch (type()) {
     case ABCOST: return Abcost::createDebug(this);
+    case CURSOR: return Cursor::createDebug(this);
     case EMPTY: return Empty::createDebug(this);
+    case FONT: return Font::createDebug(this);
     case LEADER: return Leader::createDebug(this);
     case RACE: return Race::createDebug(this);
     case SOUND: return Sound::createDebug(this);

@@ -30,6 +30,12 @@ public:
     static Content* createDebug(Content* content);
 
 private:
+    bool hasCursorLayout();
+    // Frees the decoded frames and nulls their slots; the cache array stays.
+    void releaseFrames();
+    // Builds an entry from the indices of `source`, coloured with `palette`.
+    static Content* recreate(Write& write, unsigned char* palette, Cursor* source);
+
     unsigned char** frameCache;
     unsigned char* ownPalette;
     unsigned char* outsidePalette;

@@ -31,7 +31,17 @@ public:
     static Content* createDebug(Content* content);
 
 private:
+    bool hasFontHeader();
+    bool bytesAre(unsigned int begin, unsigned int end, unsigned char value);
+    unsigned int storedOffset(unsigned int font, unsigned int glyph);
+    unsigned int clampToEntry(unsigned int offset);
+    // Installs a palette that the font itself frees, at destruction or at the
+    // next setPalette.
+    void adoptPalette(unsigned char* palette);
+    void releaseOwnedPalette();
+
     unsigned char* fontPalette;
+    bool ownsPalette;
 };
 
 } // namespace Lbx

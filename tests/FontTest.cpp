@@ -1,0 +1,112 @@
+#include "CursorFontFixture.h"
+
+#include "images/Font.h"
+#include "images/Palette.h"
+
+#include <utility>
+
+using zorv2::Lbx::Content;
+
+namespace {
+
+constexpr unsigned int HEADER_SIZE = 9116, OFFSETS = 2972;
+using Stored = std::vector<std::pair<unsigned int, unsigned int>>; // table position, stored offset
+
+// Constants and fills in place, everything else 0, `glyphBytes` behind the header.
+std::vector<char> fontBytes(unsigned int glyphBytes, const Stored& stored = {})
+{
+    std::vector<char> bytes(HEADER_SIZE + glyphBytes, 0);
+    bytes[0] = 25, bytes[4] = 50;
+    std::fill(bytes.begin() + 114, bytes.begin() + 363, 8);
+    for (const auto& [position, value] : stored)
+        for (unsigned int b = 0; b < 4; ++b)
+            bytes[OFFSETS + 4 * position + b] = static_cast<char>(value >> (8 * b));
+    return bytes;
+}
+
+} // namespace
+
+TEST(Font, RecognisedByConstantsAndCheckedFillsOnly)
+{
+    struct Case { unsigned int at; char value; bool font; };
+    const Case cases[] = {
+        {0, 26, false}, {4, 51, false},  {15, 1, false},  {51, 1, false},  {60, 1, false},  {113, 1, false},
+        {114, 0, false}, {362, 0, false}, {8, 1, true},    {14, 1, true},   {52, 1, true},   {59, 1, true},
+        {363, 1, true},  {1387, 1, true}, {1400, 1, true}, {1435, 1, true}, {9115, 1, true},
+    };
+    for (const Case& c : cases) {
+        std::vector<char> bytes = fontBytes(0);
+        bytes[c.at] = c.value;
+        EXPECT_EQ(contentOf(bytes)->type() == Content::FONT, c.font) << "byte " << c.at;
+    }
+    std::vector<char> tooShort = fontBytes(0);
+    tooShort.pop_back();
+    EXPECT_NE(contentOf(tooShort)->type(), Content::FONT);
+}
+
+TEST(Font, CreatedHeaderReadsBackAndVerifies)
+{
+    unsigned short heights[6] = {0, 1, 65535, 300, 12, 2};
+    unsigned char widths[1536];
+    for (unsigned int i = 0; i < 1536; ++i)
+        widths[i] = static_cast<unsigned char>(i);
+    std::unique_ptr<unsigned char[]> callers(Content::Palette::fake());
+    std::unique_ptr<Content> created(Content::Font::create(nullptr, heights, widths, nullptr));
+    ASSERT_EQ(created->type(), Content::FONT);
+    ASSERT_EQ(created->size(), HEADER_SIZE);
+    Content::Font* font = created->font();
+    for (unsigned int f = 0; f < 6; ++f) {
+        EXPECT_EQ(font->height(f), heights[f]);
+        for (unsigned int g = 0; g <= 256; ++g)
+            EXPECT_TRUE(font->offset(f, g) == HEADER_SIZE && (g == 256 || font->width(f, g) == widths[f * 256 + g]))
+                << f << "/" << g;
+    }
+    std::unique_ptr<unsigned char[]> blank(font->glyph(5, 3)), none(font->glyph(0, 0));
+    EXPECT_EQ(std::vector<unsigned char>(blank.get(), blank.get() + 24), std::vector<unsigned char>(24, 0));
+
+    testing::internal::CaptureStderr();
+    std::unique_ptr<Content> verified(created->debugCreate());
+    delete created->debugCreate(); // replaces the palette that the first run installed
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(std::equal(created->data(), created->data() + HEADER_SIZE, verified->data()));
+    font->setPalette(callers.get()); // frees the installed palette; the caller's stays the caller's
+}
+
+TEST(Font, StoredZeroStepsBackToTheGlyphBefore)
+{
+    std::unique_ptr<Content> content = contentOf(fontBytes(40, {{66, 5}, {67, 17}}));
+    Content::Font* font = content->font();
+    EXPECT_EQ(font->offset(0, 65), 9116u);
+    EXPECT_EQ(font->offset(0, 66), 9121u);
+    EXPECT_EQ(font->offset(0, 67), 9133u);
+    EXPECT_EQ(font->offset(0, 68), 9133u);
+    EXPECT_EQ(font->offset(5, 256), 9156u);
+}
+
+// The first glyph of non-zero length in file order stops the verifying; a
+// slice never reaches outside the entry, whatever the offsets claim.
+TEST(Font, VerifyingMeasuresEachGlyphInsideTheEntry)
+{
+    struct Case { const char* what; unsigned int glyphBytes; Stored stored; std::string failure, line; };
+    const Case cases[] = {
+        {"glyph 65 runs up to 66", 40, {{66, 5}, {67, 17}}, "debug font 0 - glyph  65",
+         "is     0, should be     5  'size'\n"},
+        {"backwards", 10, {{0, 8}, {1, 3}}, "debug font 5 - glyph 255", "is     0, should be    10  'size'\n"},
+        {"end behind the entry", 10, {{0, 4}, {1, 1000}}, "debug font 0 - glyph   0",
+         "is     0, should be     6  'size'\n"},
+        {"start behind the entry", 0, {{0, 0xFFFFFFFF}, {1, 1000}}, "", ""},
+        {"every glyph at the end", 10, {{0, 10}, {256, 10}, {512, 10}, {768, 10}, {1024, 10}, {1280, 10}},
+         "debug font", "is  9116, should be  9126  'size'\n"},
+    };
+    for (const Case& c : cases) {
+        std::unique_ptr<Content> content = contentOf(fontBytes(c.glyphBytes, c.stored));
+        ASSERT_EQ(content->type(), Content::FONT) << c.what;
+        testing::internal::CaptureStderr();
+        if (c.failure.empty())
+            delete content->debugCreate();
+        else
+            expectFailure([&] { delete content->debugCreate(); }, c.failure);
+        const std::string line = c.failure.empty() ? "" : c.failure + " - " + c.line;
+        EXPECT_EQ(testing::internal::GetCapturedStderr(), line) << c.what;
+    }
+}
