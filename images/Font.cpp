@@ -3,7 +3,6 @@
 #include "images/Palette.h"
 
 #include <iomanip>
-#include <limits>
 #include <memory>
 #include <sstream>
 
@@ -150,10 +149,9 @@ unsigned int Content::Font::offset(unsigned int font, unsigned int glyph)
     unsigned int stored = storedOffset(font, glyph);
     while (stored == 0 && glyph > 0)
         stored = storedOffset(font, --glyph);
-    // A stored value that would wrap past 32 bits saturates, so that it still
-    // points behind the entry instead of back into the header.
-    const unsigned int limit = std::numeric_limits<unsigned int>::max();
-    return stored > limit - HEADER_SIZE ? limit : stored + HEADER_SIZE;
+    // Offsets are 32-bit: a stored value near 4 GiB wraps around. Readers of
+    // the result keep their slices inside the entry (see clampToEntry).
+    return stored + HEADER_SIZE;
 }
 
 unsigned int Content::Font::storedOffset(unsigned int font, unsigned int glyph)

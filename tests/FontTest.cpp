@@ -94,7 +94,9 @@ TEST(Font, VerifyingMeasuresEachGlyphInsideTheEntry)
         {"backwards", 10, {{0, 8}, {1, 3}}, "debug font 5 - glyph 255", "is     0, should be    10  'size'\n"},
         {"end behind the entry", 10, {{0, 4}, {1, 1000}}, "debug font 0 - glyph   0",
          "is     0, should be     6  'size'\n"},
-        {"start behind the entry", 0, {{0, 0xFFFFFFFF}, {1, 1000}}, "", ""},
+        // 0xFFFFFFFF + 9116 wraps to 9115: one byte of the header.
+        {"start wraps around", 0, {{0, 0xFFFFFFFF}, {1, 1000}}, "debug font 0 - glyph   0",
+         "is     0, should be     1  'size'\n"},
         {"every glyph at the end", 10, {{0, 10}, {256, 10}, {512, 10}, {768, 10}, {1024, 10}, {1280, 10}},
          "debug font", "is  9116, should be  9126  'size'\n"},
     };
