@@ -31,6 +31,7 @@ using Factory = Kind* (*)(const std::string& name, char* data, unsigned int size
 // so an entry that several tests would accept gets the earliest of them.
 // Unknown, which accepts everything, closes the chain in Content::gen.
 const std::vector<Factory> classificationChain = {
+    [](const std::string& name, char* data, unsigned int size) -> Kind* { return new Content::Graphic(name, data, size, Content::GRAPHIC); },
 };
 
 } // namespace

@@ -4,6 +4,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Write.h"
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -71,6 +72,12 @@ public:
                               unsigned short flags);
 
 private:
+    bool readTable(unsigned int* table);
+    bool firstOffsetFits(unsigned int first);
+    bool framesFit(unsigned int* table);
+    std::size_t frameBytes();
+    void dropFrames();
+
     unsigned short imageWidth;
     unsigned short imageHeight;
     unsigned short frameCount;
