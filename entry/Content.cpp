@@ -115,6 +115,7 @@ std::string Content::contentInfo()
 Content* Content::debugCreate()
 {
     switch (type()) {
+    case GRAPHIC: return Graphic::createDebug(this);
     case UNKNOWN: return Unknown::createDebug(this);
     default: throw std::runtime_error("unhandled type");
     }

@@ -16,6 +16,7 @@ namespace Lbx {
 namespace {
 
 using Graphic = Content::Graphic;
+using Write = Content::Write;
 
 // An entry, all numbers little-endian:
 //
@@ -58,6 +59,12 @@ constexpr unsigned int WORD_SIZE = 2;
 constexpr unsigned short FRAME_START = 1;
 constexpr unsigned short END_OF_ROW = 0;
 constexpr unsigned short END_OF_FRAME = 1000;
+// An empty frame stores the height in place of its first skip, or this mark
+// when the height is too small to tell it from a skip.
+constexpr unsigned short EMPTY_FRAME_MARK = 636;
+constexpr unsigned int EMPTY_MARK_MAX_HEIGHT = 2;
+constexpr unsigned int COMPRESSED_ALIGN = 8;
+constexpr unsigned int RAW_ALIGN = 4;
 constexpr std::uint64_t RAW_MAX_FILL = 3;
 
 constexpr unsigned int PALETTE_COLORS = 256;
@@ -65,6 +72,7 @@ constexpr unsigned int PIXEL_SIZE = 4;
 constexpr unsigned int PALETTE_BYTES = PALETTE_COLORS * PIXEL_SIZE;
 constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
 constexpr unsigned char OPAQUE = 255;
+constexpr unsigned int DAC_SHIFT = 2;
 
 // 16-bit sides could ask for 17 GB a frame. No image of the game comes near
 // this; a frame above it is refused instead of allocated.
@@ -84,6 +92,12 @@ std::runtime_error tooLargeToDecode(const std::string& name, unsigned int width,
 {
     return std::runtime_error("graphic " + name + " is too large to decode (" + std::to_string(width) + "x" +
                               std::to_string(height) + ")");
+}
+
+std::runtime_error rowsTooFarApart(unsigned int frame)
+{
+    return std::runtime_error("graphic frame " + std::to_string(frame) +
+                              " has painted rows 1000 apart, which cannot be stored");
 }
 
 unsigned int tableEnd(unsigned int frames)
@@ -159,6 +173,199 @@ bool rawFrameFits(char* data, unsigned int begin, unsigned int end, std::uint64_
         if (data[begin + i] != 0)
             return false;
     return true;
+}
+
+// Palette index of every colour at DAC precision, built on the first lookup,
+// so that a painted pixel costs one table read instead of a search through
+// 256 entries. It answers exactly what Palette::findColor answers over the
+// whole palette: the lowest index whose entry equals the reduced colour; an
+// entry off the 4-step grid matches nothing.
+class ColorLookup {
+public:
+    explicit ColorLookup(unsigned char* palette) : palette(palette)
+    {
+    }
+
+    unsigned char index(unsigned char* color)
+    {
+        if (slots.empty())
+            build();
+        const unsigned short slot = slots[key(color)];
+        // On a miss findColor finds nothing either and throws its own text.
+        return slot != 0 ? static_cast<unsigned char>(slot - 1) : Content::Palette::findColor(palette, color);
+    }
+
+private:
+    static constexpr unsigned int DAC_BITS = 6;
+    static constexpr unsigned int KEYS = 1u << (3 * DAC_BITS);
+    static constexpr unsigned int OFF_GRID = (1u << DAC_SHIFT) - 1;
+
+    static unsigned int key(const unsigned char* color)
+    {
+        return (unsigned{color[RED]} >> DAC_SHIFT) << (2 * DAC_BITS) |
+               (unsigned{color[GREEN]} >> DAC_SHIFT) << DAC_BITS | (unsigned{color[BLUE]} >> DAC_SHIFT);
+    }
+
+    void build()
+    {
+        slots.assign(KEYS, 0);
+        // Downwards, so that a repeated colour keeps its lowest index.
+        for (unsigned int i = PALETTE_COLORS; i-- > 0;) {
+            const unsigned char* entry = palette + i * PIXEL_SIZE;
+            if (((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) == 0)
+                slots[key(entry)] = static_cast<unsigned short>(i + 1);
+        }
+    }
+
+    unsigned char* palette;
+    // Palette index + 1 for each key; 0 where no entry holds the colour.
+    std::vector<unsigned short> slots;
+};
+
+// Turns whole RGBA images into frames that paint only what differs from the
+// image the frame starts from.
+class FrameEncoder {
+public:
+    FrameEncoder(unsigned char** frames, unsigned char* palette, unsigned int width, unsigned int height,
+                 unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod, unsigned short flags)
+        : frames(frames), colors(palette), width(width), height(height), frameCount(frameCount),
+          clearOnce(clearOnce), clearMod(clearMod), flags(flags)
+    {
+    }
+
+    void encode(Write& out, unsigned int frame)
+    {
+        if (flags & Graphic::RAW)
+            raw(out, frame);
+        else
+            compressed(out, frame);
+    }
+
+private:
+    unsigned char* pixel(unsigned int frame, unsigned int index)
+    {
+        return frames[frame] + std::size_t{index} * PIXEL_SIZE;
+    }
+
+    bool transparent(unsigned int frame, unsigned int index)
+    {
+        return Graphic::isTransparent(index, frames, frame, frameCount, clearOnce, clearMod, flags);
+    }
+
+    // A raw frame has no transparency: every pixel must be in the palette.
+    void raw(Write& out, unsigned int frame)
+    {
+        const unsigned int pixels = width * height;
+        for (unsigned int i = 0; i < pixels; ++i)
+            out.add1("raw color", colors.index(pixel(frame, i)));
+        while (out.size() % RAW_ALIGN != 0)
+            out.add1("raw fill", 0);
+    }
+
+    void compressed(Write& out, unsigned int frame)
+    {
+        out.add2("frame start", FRAME_START);
+        unsigned int row = nextPaintedRow(frame, 0);
+        if (row == height) {
+            // Nothing painted: the skip word alone reaches past the bottom.
+            if (height > EMPTY_MARK_MAX_HEIGHT)
+                out.add2("eof0", static_cast<unsigned short>(height), false);
+            else
+                out.add2("eof636", EMPTY_FRAME_MARK, false);
+        } else {
+            // The first skip counts rows from the top, every later one the
+            // distance from the row written before.
+            out.add2("yoff", static_cast<unsigned short>(row));
+            for (;;) {
+                runs(out, frame, row);
+                out.add2("eol", END_OF_ROW);
+                const unsigned int next = nextPaintedRow(frame, row + 1);
+                if (next == height)
+                    break;
+                // That distance would read as the end mark; there is no other
+                // way to write it.
+                if (next - row == END_OF_FRAME)
+                    throw rowsTooFarApart(frame);
+                out.add2("yoff", static_cast<unsigned short>(next - row));
+                row = next;
+            }
+            out.add2("eof", END_OF_FRAME);
+        }
+        while (out.size() % COMPRESSED_ALIGN != 0)
+            out.add1("fill", 0, false);
+    }
+
+    unsigned int nextPaintedRow(unsigned int frame, unsigned int from)
+    {
+        const unsigned int pixels = width * height;
+        for (unsigned int i = from * width; i < pixels; ++i)
+            if (!transparent(frame, i))
+                return i / width;
+        return height;
+    }
+
+    // A run is cut by a transparent pixel and by the right edge, nowhere
+    // else; repeated colours are not folded.
+    void runs(Write& out, unsigned int frame, unsigned int y)
+    {
+        const unsigned int rowStart = y * width;
+        std::vector<unsigned char> run;
+        unsigned int skipped = 0;
+        for (unsigned int x = 0; x < width; ++x) {
+            const bool painted = !transparent(frame, rowStart + x);
+            if (painted)
+                run.push_back(colors.index(pixel(frame, rowStart + x)));
+            if (painted && x + 1 < width)
+                continue;
+            if (!run.empty()) {
+                writeRun(out, run, skipped);
+                run.clear();
+                skipped = 0;
+            }
+            ++skipped;
+        }
+    }
+
+    static void writeRun(Write& out, const std::vector<unsigned char>& run, unsigned int skipped)
+    {
+        out.add2("color count", static_cast<unsigned short>(run.size()));
+        out.add2("xoff", static_cast<unsigned short>(skipped));
+        for (unsigned char index : run)
+            out.add1("color", index);
+        // Words stay on even distances.
+        if (run.size() % 2 != 0)
+            out.add1("colorFill", 0);
+    }
+
+    unsigned char** frames;
+    ColorLookup colors;
+    unsigned int width;
+    unsigned int height;
+    unsigned int frameCount;
+    unsigned char clearOnce;
+    unsigned char clearMod;
+    unsigned short flags;
+};
+
+void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned short palOffset,
+                       unsigned short palSize)
+{
+    header.add2("palOffset", palOffset);
+    header.add2("palSize", palSize);
+    std::unique_ptr<unsigned char[]> dac(Content::Palette::pal2dac(internalPalette, 0));
+    // A palette array ends at index 255: colours that a block claims beyond it
+    // are written as zeros, never read from past the array.
+    const unsigned int end = unsigned{palOffset} + palSize;
+    for (unsigned int i = palOffset; i < end; ++i)
+        for (unsigned int k = 0; k < DAC_COLOR_SIZE; ++k)
+            header.add1("palColor", i < PALETTE_COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
+}
+
+std::string debugFrameName(unsigned int index)
+{
+    std::ostringstream name;
+    name << "graphic frame " << std::setw(3) << index;
+    return name.str();
 }
 
 } // namespace
@@ -340,8 +547,19 @@ unsigned char* Content::Graphic::paletteCopy()
 void Content::Graphic::setPalette(unsigned char* palette)
 {
     dropFrames();
-    // Stored, not copied: the caller keeps it alive while frames are decoded.
+    // A palette that this graphic installed for itself goes when it is
+    // replaced; one that a caller gives stays the caller's.
+    if (installedPalette.get() != palette)
+        installedPalette.reset();
     currentPalette = palette;
+}
+
+unsigned char** Content::Graphic::decodeIndices()
+{
+    std::unique_ptr<unsigned char[]> fake(Palette::fake());
+    setPalette(fake.get());
+    installedPalette = std::move(fake);
+    return pixarray();
 }
 
 std::size_t Content::Graphic::frameBytes()
@@ -477,6 +695,123 @@ std::string Content::Graphic::info()
     if (hasFlag(SHADOWS))
         line << " shadows";
     return line.str();
+}
+
+bool Content::Graphic::isTransparent(unsigned int pixel, unsigned char** frames, unsigned int frame,
+                                     unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod,
+                                     unsigned short flags)
+{
+    const std::size_t at = std::size_t{pixel} * PIXEL_SIZE;
+    const unsigned char* now = frames[frame] + at;
+    if (now[ALPHA] == 0)
+        return true;
+    if (isClear(frame, frameCount, clearOnce, clearMod, flags))
+        return false;
+    // Over its predecessor a pixel that shows the same colour at DAC
+    // precision is left out; the predecessor's alpha plays no part.
+    const unsigned char* before = frames[frame - 1] + at;
+    for (unsigned int c : {RED, GREEN, BLUE})
+        if (now[c] >> DAC_SHIFT != before[c] >> DAC_SHIFT)
+            return false;
+    return true;
+}
+
+void Content::Graphic::create(Write& header, std::vector<Write>& frameWrites, unsigned char** frames,
+                              unsigned char* palette, unsigned short width, unsigned short height,
+                              unsigned short frameCount, unsigned char clearOnce, unsigned char clearMod,
+                              unsigned char* internalPalette, unsigned short palOffset, unsigned short palSize,
+                              unsigned short flags)
+{
+    // Frames first: the table needs their sizes.
+    FrameEncoder encoder(frames, palette, width, height, frameCount, clearOnce, clearMod, flags);
+    for (unsigned int f = 0; f < frameCount; ++f)
+        encoder.encode(frameWrites[f], f);
+
+    const bool withPalette = (flags & PALETTE) != 0;
+    header.add2("width", width);
+    header.add2("height", height);
+    header.add2("0", 0);
+    header.add2("frames", frameCount);
+    header.add1("clearOnce", clearOnce);
+    header.add1("clearMod", clearMod);
+    header.add2("flags", flags);
+    unsigned int offset = tableEnd(frameCount) + (withPalette ? PAL_HEAD_SIZE + palSize * DAC_COLOR_SIZE : 0);
+    header.add4("offset0", offset);
+    for (unsigned int f = 0; f < frameCount; ++f) {
+        offset += frameWrites[f].size();
+        header.add4("offset", offset);
+    }
+    if (withPalette)
+        writePaletteBlock(header, internalPalette, palOffset, palSize);
+    for (unsigned int f = 0; f < frameCount; ++f)
+        header.add(frameWrites[f]);
+}
+
+Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette, unsigned short width,
+                                  unsigned short height, unsigned short frameCount, unsigned char clearOnce,
+                                  unsigned char clearMod, unsigned short palOffset, unsigned short palSize,
+                                  unsigned short flags)
+{
+    Write header;
+    std::vector<Write> frameWrites(frameCount);
+    create(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod, palette, palOffset,
+           palSize, flags);
+    return genContent(header, GRAPHIC);
+}
+
+Content* Content::Graphic::create(unsigned char* palette, unsigned char clearOnce, unsigned char clearMod,
+                                  unsigned short palOffset, unsigned short palSize, unsigned short flags,
+                                  Content* content)
+{
+    Graphic* source = content->graphic();
+    unsigned char** frames = source->decodeIndices();
+    Write header;
+    std::vector<Write> frameWrites(source->frameCount);
+    create(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+           source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags);
+    return genContent(header, GRAPHIC);
+}
+
+Content* Content::Graphic::create(unsigned char* palette, unsigned short palOffset, unsigned short palSize,
+                                  Content* content)
+{
+    Graphic* source = content->graphic();
+    return create(palette, source->clearOnceValue, source->clearModValue, palOffset, palSize, source->flagWord,
+                  content);
+}
+
+Content* Content::Graphic::create(unsigned char* palette, Content* content)
+{
+    Graphic* source = content->graphic();
+    return create(palette, source->paletteOffset(), source->paletteSize(), content);
+}
+
+Content* Content::Graphic::createDebug(Content* content)
+{
+    Graphic* source = content->graphic();
+    unsigned char** frames = source->decodeIndices();
+    Write header;
+    header.setDebug("graphic", content->data(), content->size());
+    std::vector<Write> frameWrites;
+    frameWrites.reserve(source->frameCount);
+    for (unsigned int i = 0; i < source->frameCount; ++i) {
+        Write frame;
+        const unsigned int begin = source->frameTable[i];
+        frame.setDebug(debugFrameName(i), content->data() + begin, source->frameTable[i + 1] - begin);
+        frameWrites.push_back(frame);
+    }
+    unsigned char* internalPalette = nullptr;
+    unsigned short palOffset = 0;
+    unsigned short palSize = 0;
+    if (source->hasPalette()) {
+        internalPalette = source->palette();
+        palOffset = source->paletteOffset();
+        palSize = source->paletteSize();
+    }
+    create(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+           source->frameCount, source->clearOnceValue, source->clearModValue, internalPalette, palOffset, palSize,
+           source->flagWord);
+    return genContent(header, GRAPHIC);
 }
 
 } // namespace Lbx

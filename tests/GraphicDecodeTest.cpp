@@ -4,16 +4,6 @@
 
 using namespace graphicFixture;
 
-TEST(GraphicDecode, WorkedExampleReplaysDeltasInAnyOrder)
-{
-    auto entry = entryOf(exampleEntry());
-    auto palette = fake();
-    entry->graphic()->setPalette(palette.get());
-    for (unsigned int index : {2u, 0u, 1u})
-        EXPECT_EQ(pixelsOf(entry->graphic()->frame(index), 24), image(EXAMPLE[index], palette.get())) << index;
-    EXPECT_EQ(failure([&] { entry->graphic()->frame(3); }), "invalid frame index '3' for graphic t.lbx[3]");
-}
-
 TEST(GraphicDecode, Recognition)
 {
     const Bytes paletteOnly = header(0, 0, 0, Graphic::PALETTE, {20}) + Bytes{0, 0, 0, 0};
