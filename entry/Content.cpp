@@ -18,7 +18,6 @@
 #include <memory>
 #include <sstream>
 #include <stdexcept>
-#include <vector>
 
 namespace zorv2 {
 namespace Lbx {
@@ -28,18 +27,56 @@ namespace {
 using Kind = Content::AbstractContent;
 using Factory = Kind* (*)(const std::string& name, char* data, unsigned int size);
 
+Kind* makeEmpty(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Empty(name, data, size, Content::EMPTY);
+}
+
+Kind* makeGraphic(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Graphic(name, data, size, Content::GRAPHIC);
+}
+
+Kind* makeFont(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Font(name, data, size, Content::FONT);
+}
+
+Kind* makeSound(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Sound(name, data, size, Content::SOUND);
+}
+
+Kind* makeCursor(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Cursor(name, data, size, Content::CURSOR);
+}
+
+Kind* makeLeader(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Leader(name, data, size, Content::LEADER);
+}
+
+Kind* makeRace(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Race(name, data, size, Content::RACE);
+}
+
+Kind* makeAbcost(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Abcost(name, data, size, Content::ABCOST);
+}
+
+Kind* makeText(const std::string& name, char* data, unsigned int size)
+{
+    return new Content::Text(name, data, size, Content::TEXT);
+}
+
 // The classification order: the first kind whose test accepts the bytes wins,
 // so an entry that several tests would accept gets the earliest of them.
 // Unknown, which accepts everything, closes the chain in Content::gen.
-const std::vector<Factory> classificationChain = {
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Empty(n, d, s, Content::EMPTY); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Font(n, d, s, Content::FONT); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Sound(n, d, s, Content::SOUND); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Cursor(n, d, s, Content::CURSOR); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Leader(n, d, s, Content::LEADER); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Race(n, d, s, Content::RACE); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Abcost(n, d, s, Content::ABCOST); },
-    [](const std::string& n, char* d, unsigned int s) -> Kind* { return new Content::Text(n, d, s, Content::TEXT); },
+const Factory classificationChain[] = {
+    makeEmpty, makeGraphic, makeFont, makeSound, makeCursor, makeLeader, makeRace, makeAbcost, makeText,
 };
 
 } // namespace
@@ -127,6 +164,7 @@ Content* Content::debugCreate()
     case CURSOR: return Cursor::createDebug(this);
     case EMPTY: return Empty::createDebug(this);
     case FONT: return Font::createDebug(this);
+    case GRAPHIC: return Graphic::createDebug(this);
     case LEADER: return Leader::createDebug(this);
     case RACE: return Race::createDebug(this);
     case SOUND: return Sound::createDebug(this);

@@ -4,6 +4,8 @@
 #include "entry/AbstractContent.h"
 #include "entry/Write.h"
 
+#include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -71,6 +73,16 @@ public:
                               unsigned short flags);
 
 private:
+    bool readTable(unsigned int* table);
+    bool firstOffsetFits(unsigned int first);
+    bool framesFit(unsigned int* table);
+    std::size_t frameBytes();
+    void dropFrames();
+    // Creation and its verification decode every frame through a fake
+    // palette, in which each painted pixel's colour stands for its stored
+    // index. The graphic owns that palette until the next setPalette.
+    unsigned char** decodeIndices();
+
     unsigned short imageWidth;
     unsigned short imageHeight;
     unsigned short frameCount;
@@ -82,6 +94,7 @@ private:
     unsigned int paletteBlock;
     unsigned char* currentPalette;
     unsigned char** frameCache;
+    std::unique_ptr<unsigned char[]> installedPalette;
 };
 
 } // namespace Lbx

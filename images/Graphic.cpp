@@ -1,0 +1,818 @@
+#include "images/Graphic.h"
+
+#include "images/Palette.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <iomanip>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+namespace zorv2 {
+namespace Lbx {
+
+namespace {
+
+using Graphic = Content::Graphic;
+using Write = Content::Write;
+
+// An entry, all numbers little-endian:
+//
+//    0  width       2
+//    2  height      2
+//    4  reserved    2      always 0
+//    6  frames      2      F
+//    8  clearOnce   1
+//    9  clearMod    1
+//   10  flags       2
+//   12  table       4 x (F + 1)   start of frames 0 .. F-1, then the entry's size
+//    H  = (F + 4) x 4, the first byte behind the table
+//    H  palette block, only with FLAG::PALETTE:
+//         palOffset 2, palSize 2, palSize colours of lead, red, green, blue (DAC)
+//   table[0] .. the frames, each up to the next table entry
+//
+// A compressed frame: word 1, the rows skipped from the top, then for each
+// painted row its runs (pixel count, pixels skipped, one index a pixel, a pad
+// byte behind an odd count), a 0 word to end the row and the distance to the
+// next painted row, or 1000 for the end; zeros up to a multiple of 8. A raw
+// frame: width x height indices, zeros up to a multiple of 4.
+constexpr unsigned int MIN_SIZE = 20;
+constexpr unsigned int WIDTH_OFFSET = 0;
+constexpr unsigned int HEIGHT_OFFSET = 2;
+constexpr unsigned int RESERVED_OFFSET = 4;
+constexpr unsigned int FRAMES_OFFSET = 6;
+constexpr unsigned int CLEAR_ONCE_OFFSET = 8;
+constexpr unsigned int CLEAR_MOD_OFFSET = 9;
+constexpr unsigned int FLAGS_OFFSET = 10;
+constexpr unsigned int TABLE_OFFSET = 12;
+constexpr unsigned int OFFSET_SIZE = 4;
+
+constexpr unsigned int PAL_OFFSET_FIELD = 0;
+constexpr unsigned int PAL_SIZE_FIELD = 2;
+constexpr unsigned int PAL_HEAD_SIZE = 4;
+constexpr unsigned int DAC_COLOR_SIZE = 4;
+constexpr unsigned int DAC_RED = 1, DAC_GREEN = 2, DAC_BLUE = 3;
+
+constexpr unsigned int WORD_SIZE = 2;
+constexpr unsigned short FRAME_START = 1;
+constexpr unsigned short END_OF_ROW = 0;
+constexpr unsigned short END_OF_FRAME = 1000;
+// An empty frame stores the height in place of its first skip, or this mark
+// when the height is too small to tell it from a skip.
+constexpr unsigned short EMPTY_FRAME_MARK = 636;
+constexpr unsigned int EMPTY_MARK_MAX_HEIGHT = 2;
+constexpr unsigned int COMPRESSED_ALIGN = 8;
+constexpr unsigned int RAW_ALIGN = 4;
+constexpr std::uint64_t RAW_MAX_FILL = 3;
+
+constexpr unsigned int PALETTE_COLORS = 256;
+constexpr unsigned int PIXEL_SIZE = 4;
+constexpr unsigned int PALETTE_BYTES = PALETTE_COLORS * PIXEL_SIZE;
+constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
+constexpr unsigned char OPAQUE = 255;
+constexpr unsigned int DAC_SHIFT = 2;
+
+// 16-bit sides could ask for 17 GB a frame. No image of the game comes near
+// this; a frame above it is refused instead of allocated.
+constexpr std::uint64_t MAX_DECODED_PIXELS = std::uint64_t{1} << 26;
+
+std::runtime_error invalidFrameIndex(unsigned int index, const std::string& name)
+{
+    return std::runtime_error("invalid frame index '" + std::to_string(index) + "' for graphic " + name);
+}
+
+std::runtime_error noInternalPalette(const std::string& name)
+{
+    return std::runtime_error("graphic " + name + " does not have an internal palette");
+}
+
+std::runtime_error tooLargeToDecode(const std::string& name, unsigned int width, unsigned int height)
+{
+    return std::runtime_error("graphic " + name + " is too large to decode (" + std::to_string(width) + "x" +
+                              std::to_string(height) + ")");
+}
+
+std::runtime_error rowsTooFarApart(unsigned int frame)
+{
+    return std::runtime_error("graphic frame " + std::to_string(frame) +
+                              " has painted rows 1000 apart, which cannot be stored");
+}
+
+unsigned int tableEnd(unsigned int frames)
+{
+    return TABLE_OFFSET + (frames + 1) * OFFSET_SIZE;
+}
+
+std::uint64_t pixelsOf(unsigned int width, unsigned int height)
+{
+    return std::uint64_t{width} * height;
+}
+
+// A clearOnce naming the last frame, or one beyond it, has no effect.
+bool clearOnceCounts(unsigned int clearOnce, unsigned int frames)
+{
+    return clearOnce != 0 && clearOnce + 1 < frames;
+}
+
+// Palette entries are copied whole, alpha included: index 0 is a colour like
+// any other.
+void paint(unsigned char* pixels, const unsigned char* indices, std::size_t count, const unsigned char* palette)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        std::memcpy(pixels + i * PIXEL_SIZE, palette + std::size_t{indices[i]} * PIXEL_SIZE, PIXEL_SIZE);
+}
+
+// A cursor over the bytes [position, end) of one frame. Every read checks
+// first that its bytes are there, so that no lying count and no cut stream
+// takes the decoder outside the frame.
+class BoundedReader {
+public:
+    BoundedReader(char* data, std::uint64_t position, std::uint64_t end)
+        : data(data), position(std::min(position, end)), end(end)
+    {
+    }
+
+    bool word(unsigned short& value)
+    {
+        if (end - position < WORD_SIZE)
+            return false;
+        value = Content::AbstractContent::read2(data, static_cast<unsigned int>(position));
+        position += WORD_SIZE;
+        return true;
+    }
+
+    // The next `count` bytes, or null when the frame holds fewer.
+    const unsigned char* take(std::uint64_t count)
+    {
+        if (end - position < count)
+            return nullptr;
+        const auto* bytes = reinterpret_cast<const unsigned char*>(data + position);
+        position += count;
+        return bytes;
+    }
+
+    void skip(std::uint64_t count)
+    {
+        position += std::min(count, end - position);
+    }
+
+private:
+    char* data;
+    std::uint64_t position;
+    std::uint64_t end;
+};
+
+bool rawFrameFits(char* data, unsigned int begin, unsigned int end, std::uint64_t pixels)
+{
+    const std::uint64_t length = end - begin;
+    if (length < pixels || length - pixels > RAW_MAX_FILL)
+        return false;
+    for (std::uint64_t i = pixels; i < length; ++i)
+        if (data[begin + i] != 0)
+            return false;
+    return true;
+}
+
+// Palette index of every colour at DAC precision, built on the first lookup,
+// so that a painted pixel costs one table read instead of a search through
+// 256 entries. It answers exactly what Palette::findColor answers over the
+// whole palette: the lowest index whose entry equals the reduced colour; an
+// entry off the 4-step grid matches nothing.
+class ColorLookup {
+public:
+    explicit ColorLookup(unsigned char* palette) : palette(palette)
+    {
+    }
+
+    unsigned char index(unsigned char* color)
+    {
+        if (slots.empty())
+            build();
+        const unsigned short slot = slots[key(color)];
+        // On a miss findColor finds nothing either and throws its own text.
+        return slot != 0 ? static_cast<unsigned char>(slot - 1) : Content::Palette::findColor(palette, color);
+    }
+
+private:
+    static constexpr unsigned int DAC_BITS = 6;
+    static constexpr unsigned int KEYS = 1u << (3 * DAC_BITS);
+    static constexpr unsigned int OFF_GRID = (1u << DAC_SHIFT) - 1;
+
+    static unsigned int key(const unsigned char* color)
+    {
+        return (unsigned{color[RED]} >> DAC_SHIFT) << (2 * DAC_BITS) |
+               (unsigned{color[GREEN]} >> DAC_SHIFT) << DAC_BITS | (unsigned{color[BLUE]} >> DAC_SHIFT);
+    }
+
+    void build()
+    {
+        slots.assign(KEYS, 0);
+        // Downwards, so that a repeated colour keeps its lowest index.
+        for (unsigned int i = PALETTE_COLORS; i-- > 0;) {
+            const unsigned char* entry = palette + i * PIXEL_SIZE;
+            if (((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) == 0)
+                slots[key(entry)] = static_cast<unsigned short>(i + 1);
+        }
+    }
+
+    unsigned char* palette;
+    // Palette index + 1 for each key; 0 where no entry holds the colour.
+    std::vector<unsigned short> slots;
+};
+
+// Turns whole RGBA images into frames that paint only what differs from the
+// image the frame starts from.
+class FrameEncoder {
+public:
+    FrameEncoder(unsigned char** frames, unsigned char* palette, unsigned int width, unsigned int height,
+                 unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod, unsigned short flags)
+        : frames(frames), colors(palette), width(width), height(height), frameCount(frameCount),
+          clearOnce(clearOnce), clearMod(clearMod), flags(flags)
+    {
+    }
+
+    void encode(Write& out, unsigned int frame)
+    {
+        if (flags & Graphic::RAW)
+            raw(out, frame);
+        else
+            compressed(out, frame);
+    }
+
+private:
+    unsigned char* pixel(unsigned int frame, unsigned int index)
+    {
+        return frames[frame] + std::size_t{index} * PIXEL_SIZE;
+    }
+
+    bool transparent(unsigned int frame, unsigned int index)
+    {
+        return Graphic::isTransparent(index, frames, frame, frameCount, clearOnce, clearMod, flags);
+    }
+
+    // A raw frame has no transparency: every pixel must be in the palette.
+    void raw(Write& out, unsigned int frame)
+    {
+        const unsigned int pixels = width * height;
+        for (unsigned int i = 0; i < pixels; ++i)
+            out.add1("raw color", colors.index(pixel(frame, i)));
+        while (out.size() % RAW_ALIGN != 0)
+            out.add1("raw fill", 0);
+    }
+
+    void compressed(Write& out, unsigned int frame)
+    {
+        out.add2("frame start", FRAME_START);
+        unsigned int row = nextPaintedRow(frame, 0);
+        if (row == height) {
+            // Nothing painted: the skip word alone reaches past the bottom.
+            if (height > EMPTY_MARK_MAX_HEIGHT)
+                out.add2("eof0", static_cast<unsigned short>(height), false);
+            else
+                out.add2("eof636", EMPTY_FRAME_MARK, false);
+        } else {
+            // The first skip counts rows from the top, every later one the
+            // distance from the row written before.
+            out.add2("yoff", static_cast<unsigned short>(row));
+            for (;;) {
+                runs(out, frame, row);
+                out.add2("eol", END_OF_ROW);
+                const unsigned int next = nextPaintedRow(frame, row + 1);
+                if (next == height)
+                    break;
+                // That distance would read as the end mark; there is no other
+                // way to write it.
+                if (next - row == END_OF_FRAME)
+                    throw rowsTooFarApart(frame);
+                out.add2("yoff", static_cast<unsigned short>(next - row));
+                row = next;
+            }
+            out.add2("eof", END_OF_FRAME);
+        }
+        while (out.size() % COMPRESSED_ALIGN != 0)
+            out.add1("fill", 0, false);
+    }
+
+    unsigned int nextPaintedRow(unsigned int frame, unsigned int from)
+    {
+        const unsigned int pixels = width * height;
+        for (unsigned int i = from * width; i < pixels; ++i)
+            if (!transparent(frame, i))
+                return i / width;
+        return height;
+    }
+
+    // A run is cut by a transparent pixel and by the right edge, nowhere
+    // else; repeated colours are not folded.
+    void runs(Write& out, unsigned int frame, unsigned int y)
+    {
+        const unsigned int rowStart = y * width;
+        std::vector<unsigned char> run;
+        unsigned int skipped = 0;
+        for (unsigned int x = 0; x < width; ++x) {
+            const bool painted = !transparent(frame, rowStart + x);
+            if (painted)
+                run.push_back(colors.index(pixel(frame, rowStart + x)));
+            if (painted && x + 1 < width)
+                continue;
+            if (!run.empty()) {
+                writeRun(out, run, skipped);
+                run.clear();
+                skipped = 0;
+            }
+            ++skipped;
+        }
+    }
+
+    static void writeRun(Write& out, const std::vector<unsigned char>& run, unsigned int skipped)
+    {
+        out.add2("color count", static_cast<unsigned short>(run.size()));
+        out.add2("xoff", static_cast<unsigned short>(skipped));
+        for (unsigned char index : run)
+            out.add1("color", index);
+        // Words stay on even distances.
+        if (run.size() % 2 != 0)
+            out.add1("colorFill", 0);
+    }
+
+    unsigned char** frames;
+    ColorLookup colors;
+    unsigned int width;
+    unsigned int height;
+    unsigned int frameCount;
+    unsigned char clearOnce;
+    unsigned char clearMod;
+    unsigned short flags;
+};
+
+void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned short palOffset,
+                       unsigned short palSize)
+{
+    header.add2("palOffset", palOffset);
+    header.add2("palSize", palSize);
+    std::unique_ptr<unsigned char[]> dac(Content::Palette::pal2dac(internalPalette, 0));
+    // A palette array ends at index 255: colours that a block claims beyond it
+    // are written as zeros, never read from past the array.
+    const unsigned int end = unsigned{palOffset} + palSize;
+    for (unsigned int i = palOffset; i < end; ++i)
+        for (unsigned int k = 0; k < DAC_COLOR_SIZE; ++k)
+            header.add1("palColor", i < PALETTE_COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
+}
+
+std::string debugFrameName(unsigned int index)
+{
+    std::ostringstream name;
+    name << "graphic frame " << std::setw(3) << index;
+    return name.str();
+}
+
+} // namespace
+
+Content::Graphic::Graphic(std::string name, char* data, unsigned int size, TYPE type)
+    : AbstractContent(std::move(name), data, size, type), imageWidth(0), imageHeight(0), frameCount(0), flagWord(0),
+      clearOnceValue(0), clearModValue(0), ownPalette(nullptr), frameTable(nullptr), paletteBlock(0),
+      currentPalette(nullptr), frameCache(nullptr)
+{
+    if (size < MIN_SIZE)
+        return;
+    imageWidth = read2(WIDTH_OFFSET);
+    imageHeight = read2(HEIGHT_OFFSET);
+    if (read2(RESERVED_OFFSET) != 0)
+        return;
+    frameCount = read2(FRAMES_OFFSET);
+    clearOnceValue = read1(CLEAR_ONCE_OFFSET);
+    clearModValue = read1(CLEAR_MOD_OFFSET);
+    flagWord = read2(FLAGS_OFFSET);
+    paletteBlock = tableEnd(frameCount);
+    if (paletteBlock > size)
+        return;
+    std::unique_ptr<unsigned int[]> table(new unsigned int[frameCount + 1]);
+    if (!readTable(table.get()) || !framesFit(table.get()))
+        return;
+    std::unique_ptr<unsigned char*[]> cache(new unsigned char*[frameCount]());
+    frameTable = table.release();
+    frameCache = cache.release();
+    valid = true;
+}
+
+bool Content::Graphic::readTable(unsigned int* table)
+{
+    for (unsigned int i = 0; i <= frameCount; ++i) {
+        table[i] = read4(TABLE_OFFSET + i * OFFSET_SIZE);
+        if (table[i] > size)
+            return false;
+        // Offsets rise strictly: no frame is empty.
+        if (i == 0 ? !firstOffsetFits(table[0]) : table[i] <= table[i - 1])
+            return false;
+    }
+    return table[frameCount] == size;
+}
+
+// Frame 0 starts right behind the table, or right behind the palette block,
+// whose two words must then lie inside the entry.
+bool Content::Graphic::firstOffsetFits(unsigned int first)
+{
+    if (!hasPalette())
+        return first == paletteBlock;
+    if (std::uint64_t{paletteBlock} + PAL_HEAD_SIZE > size)
+        return false;
+    const unsigned int colors = read2(paletteBlock + PAL_SIZE_FIELD);
+    return first == std::uint64_t{paletteBlock} + PAL_HEAD_SIZE + std::uint64_t{colors} * DAC_COLOR_SIZE;
+}
+
+// Only the first word of a compressed frame is looked at; the streams are
+// trusted until they are decoded.
+bool Content::Graphic::framesFit(unsigned int* table)
+{
+    const std::uint64_t pixels = pixelsOf(imageWidth, imageHeight);
+    for (unsigned int i = 0; i < frameCount; ++i) {
+        if (hasFlag(RAW)) {
+            if (!rawFrameFits(data, table[i], table[i + 1], pixels))
+                return false;
+        } else if (std::uint64_t{table[i]} + WORD_SIZE >= size || read2(table[i]) != FRAME_START) {
+            return false;
+        }
+    }
+    return true;
+}
+
+Content::Graphic::~Graphic()
+{
+    dropFrames();
+    delete[] frameCache;
+    delete[] frameTable;
+    delete[] ownPalette;
+}
+
+void Content::Graphic::dropFrames()
+{
+    if (!frameCache)
+        return;
+    for (unsigned int i = 0; i < frameCount; ++i) {
+        delete[] frameCache[i];
+        frameCache[i] = nullptr;
+    }
+}
+
+unsigned short Content::Graphic::width()
+{
+    return imageWidth;
+}
+
+unsigned short Content::Graphic::height()
+{
+    return imageHeight;
+}
+
+unsigned short Content::Graphic::frames()
+{
+    return frameCount;
+}
+
+unsigned char Content::Graphic::clearOnce()
+{
+    return clearOnceValue;
+}
+
+unsigned char Content::Graphic::clearMod()
+{
+    return clearModValue;
+}
+
+bool Content::Graphic::hasFlags()
+{
+    return flagWord != 0;
+}
+
+bool Content::Graphic::hasFlag(FLAG flag)
+{
+    return (flagWord & flag) != 0;
+}
+
+bool Content::Graphic::hasPalette()
+{
+    return hasFlag(PALETTE);
+}
+
+unsigned short Content::Graphic::paletteOffset()
+{
+    return hasPalette() ? read2(paletteBlock + PAL_OFFSET_FIELD) : 0;
+}
+
+unsigned short Content::Graphic::paletteSize()
+{
+    return hasPalette() ? read2(paletteBlock + PAL_SIZE_FIELD) : 0;
+}
+
+void Content::Graphic::palette(unsigned char* dest)
+{
+    if (!hasPalette())
+        throw noInternalPalette(name);
+    // Only the low byte of palOffset counts. Colours that a block claims past
+    // index 255 have no entry to go to and are ignored.
+    unsigned int index = read1(paletteBlock + PAL_OFFSET_FIELD);
+    for (unsigned int p = paletteBlock + PAL_HEAD_SIZE; p < frameTable[0] && index < PALETTE_COLORS;
+         p += DAC_COLOR_SIZE, ++index) {
+        const unsigned char red = Palette::fromDac(read1(p + DAC_RED));
+        const unsigned char green = Palette::fromDac(read1(p + DAC_GREEN));
+        const unsigned char blue = Palette::fromDac(read1(p + DAC_BLUE));
+        unsigned char* entry = dest + index * PIXEL_SIZE;
+        entry[RED] = red;
+        entry[GREEN] = green;
+        entry[BLUE] = blue;
+        entry[ALPHA] = OPAQUE;
+    }
+}
+
+unsigned char* Content::Graphic::palette()
+{
+    if (!ownPalette) {
+        std::unique_ptr<unsigned char[]> built(Palette::empty());
+        palette(built.get());
+        ownPalette = built.release();
+    }
+    return ownPalette;
+}
+
+unsigned char* Content::Graphic::paletteCopy()
+{
+    const unsigned char* source = palette();
+    auto* copy = new unsigned char[PALETTE_BYTES];
+    std::memcpy(copy, source, PALETTE_BYTES);
+    return copy;
+}
+
+void Content::Graphic::setPalette(unsigned char* palette)
+{
+    dropFrames();
+    // A palette that this graphic installed for itself goes when it is
+    // replaced; one that a caller gives stays the caller's.
+    if (installedPalette.get() != palette)
+        installedPalette.reset();
+    currentPalette = palette;
+}
+
+unsigned char** Content::Graphic::decodeIndices()
+{
+    std::unique_ptr<unsigned char[]> fake(Palette::fake());
+    setPalette(fake.get());
+    installedPalette = std::move(fake);
+    return pixarray();
+}
+
+std::size_t Content::Graphic::frameBytes()
+{
+    const std::uint64_t pixels = pixelsOf(imageWidth, imageHeight);
+    if (pixels > MAX_DECODED_PIXELS)
+        throw tooLargeToDecode(name, imageWidth, imageHeight);
+    return static_cast<std::size_t>(pixels * PIXEL_SIZE);
+}
+
+unsigned char* Content::Graphic::frame(unsigned int index)
+{
+    if (index >= frameCount)
+        throw invalidFrameIndex(index, name);
+    if (frameCache[index])
+        return frameCache[index];
+    if (!currentPalette)
+        currentPalette = palette();
+    const std::size_t bytes = frameBytes();
+
+    // A delta frame paints over its predecessor: replay from the nearest
+    // frame that starts empty or is decoded already. Frame 0 always starts
+    // empty, which ends the walk back.
+    unsigned int first = index;
+    while (!frameCache[first] && !isClear(first))
+        --first;
+    for (unsigned int i = first; i <= index; ++i) {
+        if (frameCache[i])
+            continue;
+        frameCache[i] = new unsigned char[bytes];
+        if (isClear(i))
+            std::memset(frameCache[i], 0, bytes);
+        else
+            std::memcpy(frameCache[i], frameCache[i - 1], bytes);
+        if (hasFlag(RAW))
+            genFrameUncompressed(i);
+        else
+            genFrameCompressed(i);
+    }
+    return frameCache[index];
+}
+
+unsigned char** Content::Graphic::pixarray()
+{
+    for (unsigned int i = 0; i < frameCount; ++i)
+        frame(i);
+    return frameCache;
+}
+
+bool Content::Graphic::isClear(unsigned int index)
+{
+    return isClear(index, frameCount, clearOnceValue, clearModValue, flagWord);
+}
+
+bool Content::Graphic::isClear(unsigned int index, unsigned int frames, unsigned char clearOnce,
+                               unsigned char clearMod, unsigned short flags)
+{
+    return index == 0 || (flags & RAW) || (flags & CLEAR) || (clearMod != 0 && index % clearMod == 0) ||
+           (clearOnceCounts(clearOnce, frames) && clearOnce == index);
+}
+
+// The stream is trusted no further than its bytes and the image reach. A run
+// that is cut off, or that would paint outside the image, ends the frame
+// quietly; what was painted before it stays. Row ends move the pixel position
+// with 32-bit wrap-around arithmetic, and the image's height plays no part.
+void Content::Graphic::genFrameCompressed(unsigned int index)
+{
+    const std::uint64_t pixels = pixelsOf(imageWidth, imageHeight);
+    // No pixels to paint, and no width to find a row end with.
+    if (pixels == 0)
+        return;
+    unsigned char* out = frameCache[index];
+    const std::uint32_t width = imageWidth;
+    BoundedReader stream(data, std::uint64_t{frameTable[index]} + WORD_SIZE, frameTable[index + 1]);
+    unsigned short word = 0;
+    if (!stream.word(word))
+        return;
+    std::uint32_t q = width * word;
+    unsigned short count = 0;
+    while (stream.word(count)) {
+        if (count == END_OF_ROW) {
+            if (!stream.word(word) || word == END_OF_FRAME)
+                return;
+            // To the start of the row `word` rows below the last run's row;
+            // a run that ended at the right edge left q in the next row.
+            const std::uint32_t column = q % width;
+            q += column != 0 ? width * word - column : width * (std::uint32_t{word} - 1);
+            continue;
+        }
+        if (!stream.word(word))
+            return;
+        q += word;
+        const unsigned char* indices = stream.take(count);
+        if (!indices || std::uint64_t{q} + count > pixels)
+            return;
+        paint(out + std::size_t{q} * PIXEL_SIZE, indices, count, currentPalette);
+        q += count;
+        stream.skip(count % 2);
+    }
+}
+
+// Recognition made sure that the frame holds every pixel.
+void Content::Graphic::genFrameUncompressed(unsigned int index)
+{
+    const auto* indices = reinterpret_cast<const unsigned char*>(data + frameTable[index]);
+    paint(frameCache[index], indices, pixelsOf(imageWidth, imageHeight), currentPalette);
+}
+
+std::string Content::Graphic::info()
+{
+    // The width is right-aligned in 4 characters and the height follows as it
+    // is, so that " 320x200" and "  64x64" line up.
+    std::ostringstream line;
+    line << std::setw(4) << imageWidth << 'x' << imageHeight << ' ' << std::setw(3) << frameCount
+         << " frames   options:";
+    const bool clearsOnce = clearOnceCounts(clearOnceValue, frameCount);
+    if (!hasFlags() && !clearsOnce && clearModValue == 0) {
+        line << " none";
+        return line.str();
+    }
+    if (clearsOnce)
+        line << " clearonce[" << unsigned{clearOnceValue} << "]";
+    if (clearModValue != 0)
+        line << " clearmod[" << unsigned{clearModValue} << "]";
+    if (hasFlag(CLEAR))
+        line << " clear";
+    if (hasFlag(LOOP))
+        line << " loop";
+    if (hasPalette())
+        line << " palette[" << paletteOffset() << "," << paletteSize() << "]";
+    if (hasFlag(RAW))
+        line << " raw";
+    if (hasFlag(SHADOWS))
+        line << " shadows";
+    return line.str();
+}
+
+bool Content::Graphic::isTransparent(unsigned int pixel, unsigned char** frames, unsigned int frame,
+                                     unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod,
+                                     unsigned short flags)
+{
+    const std::size_t at = std::size_t{pixel} * PIXEL_SIZE;
+    const unsigned char* now = frames[frame] + at;
+    if (now[ALPHA] == 0)
+        return true;
+    if (isClear(frame, frameCount, clearOnce, clearMod, flags))
+        return false;
+    // Over its predecessor a pixel that shows the same colour at DAC
+    // precision is left out; the predecessor's alpha plays no part.
+    const unsigned char* before = frames[frame - 1] + at;
+    for (unsigned int c : {RED, GREEN, BLUE})
+        if (now[c] >> DAC_SHIFT != before[c] >> DAC_SHIFT)
+            return false;
+    return true;
+}
+
+void Content::Graphic::create(Write& header, std::vector<Write>& frameWrites, unsigned char** frames,
+                              unsigned char* palette, unsigned short width, unsigned short height,
+                              unsigned short frameCount, unsigned char clearOnce, unsigned char clearMod,
+                              unsigned char* internalPalette, unsigned short palOffset, unsigned short palSize,
+                              unsigned short flags)
+{
+    // Frames first: the table needs their sizes.
+    FrameEncoder encoder(frames, palette, width, height, frameCount, clearOnce, clearMod, flags);
+    for (unsigned int f = 0; f < frameCount; ++f)
+        encoder.encode(frameWrites[f], f);
+
+    const bool withPalette = (flags & PALETTE) != 0;
+    header.add2("width", width);
+    header.add2("height", height);
+    header.add2("0", 0);
+    header.add2("frames", frameCount);
+    header.add1("clearOnce", clearOnce);
+    header.add1("clearMod", clearMod);
+    header.add2("flags", flags);
+    unsigned int offset = tableEnd(frameCount) + (withPalette ? PAL_HEAD_SIZE + palSize * DAC_COLOR_SIZE : 0);
+    header.add4("offset0", offset);
+    for (unsigned int f = 0; f < frameCount; ++f) {
+        offset += frameWrites[f].size();
+        header.add4("offset", offset);
+    }
+    if (withPalette)
+        writePaletteBlock(header, internalPalette, palOffset, palSize);
+    for (unsigned int f = 0; f < frameCount; ++f)
+        header.add(frameWrites[f]);
+}
+
+Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette, unsigned short width,
+                                  unsigned short height, unsigned short frameCount, unsigned char clearOnce,
+                                  unsigned char clearMod, unsigned short palOffset, unsigned short palSize,
+                                  unsigned short flags)
+{
+    Write header;
+    std::vector<Write> frameWrites(frameCount);
+    create(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod, palette, palOffset,
+           palSize, flags);
+    return genContent(header, GRAPHIC);
+}
+
+Content* Content::Graphic::create(unsigned char* palette, unsigned char clearOnce, unsigned char clearMod,
+                                  unsigned short palOffset, unsigned short palSize, unsigned short flags,
+                                  Content* content)
+{
+    Graphic* source = content->graphic();
+    unsigned char** frames = source->decodeIndices();
+    Write header;
+    std::vector<Write> frameWrites(source->frameCount);
+    create(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+           source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags);
+    return genContent(header, GRAPHIC);
+}
+
+Content* Content::Graphic::create(unsigned char* palette, unsigned short palOffset, unsigned short palSize,
+                                  Content* content)
+{
+    Graphic* source = content->graphic();
+    return create(palette, source->clearOnceValue, source->clearModValue, palOffset, palSize, source->flagWord,
+                  content);
+}
+
+Content* Content::Graphic::create(unsigned char* palette, Content* content)
+{
+    Graphic* source = content->graphic();
+    return create(palette, source->paletteOffset(), source->paletteSize(), content);
+}
+
+Content* Content::Graphic::createDebug(Content* content)
+{
+    Graphic* source = content->graphic();
+    unsigned char** frames = source->decodeIndices();
+    Write header;
+    header.setDebug("graphic", content->data(), content->size());
+    std::vector<Write> frameWrites;
+    frameWrites.reserve(source->frameCount);
+    for (unsigned int i = 0; i < source->frameCount; ++i) {
+        Write frame;
+        const unsigned int begin = source->frameTable[i];
+        frame.setDebug(debugFrameName(i), content->data() + begin, source->frameTable[i + 1] - begin);
+        frameWrites.push_back(frame);
+    }
+    unsigned char* internalPalette = nullptr;
+    unsigned short palOffset = 0;
+    unsigned short palSize = 0;
+    if (source->hasPalette()) {
+        internalPalette = source->palette();
+        palOffset = source->paletteOffset();
+        palSize = source->paletteSize();
+    }
+    create(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+           source->frameCount, source->clearOnceValue, source->clearModValue, internalPalette, palOffset, palSize,
+           source->flagWord);
+    return genContent(header, GRAPHIC);
+}
+
+} // namespace Lbx
+} // namespace zorv2
