@@ -23,6 +23,9 @@ std::vector<Content*> entriesOfEveryKind()
     std::vector<unsigned char> moved(frame.size(), 0);
     std::copy(frame.begin(), frame.end() - 4, moved.begin() + 4); // one pixel to the right
     unsigned char* frames[] = {frame.data(), moved.data(), frame.data()};
+    // Raw frames store every pixel, so none may be transparent.
+    std::vector<unsigned char> opaque(palette.get(), palette.get() + frame.size());
+    unsigned char* rawFrames[] = {opaque.data()};
 
     std::vector<unsigned char> cursorFrame(576 * 4, 0);
     std::copy(palette.get() + 40, palette.get() + 44, cursorFrame.begin() + 400);
@@ -34,7 +37,7 @@ std::vector<Content*> entriesOfEveryKind()
     std::vector<Content*> entries = {
         Content::Graphic::create(frames, palette.get(), 8, 6, 3, 0, 0, 0, 0, 0),
         Content::Graphic::create(frames, palette.get(), 8, 6, 3, 2, 0, 16, 8, Content::Graphic::PALETTE),
-        Content::Graphic::create(frames, palette.get(), 8, 6, 1, 0, 0, 0, 0, Content::Graphic::RAW),
+        Content::Graphic::create(rawFrames, palette.get(), 8, 6, 1, 0, 0, 0, 0, Content::Graphic::RAW),
         Content::Cursor::create(palette.get(), cursorFrames.data()),
         Content::Font::create(palette.get(), heights.data(), widths.data(), nullptr),
         Content::Text::create(strings),
