@@ -10,21 +10,16 @@
 #include <string>
 #include <vector>
 
+#include "Samples.h"
+
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 // Fixtures are built from literal bytes: a std::string is the byte container.
 namespace fixtures {
 
-inline std::string le16(unsigned int value)
-{
-    return {static_cast<char>(value & 0xFF), static_cast<char>((value >> 8) & 0xFF)};
-}
-
-inline std::string le32(unsigned int value)
-{
-    return le16(value & 0xFFFF) + le16(value >> 16);
-}
+using samples::le16;
+using samples::le32;
 
 // An archive laid out as the writer lays it out, with or without the tag word.
 inline std::string archive(const std::vector<std::string>& entries, bool tag = true)
