@@ -15,6 +15,7 @@
 
 #include <fstream>
 #include <iomanip>
+#include <limits>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -92,9 +93,12 @@ Content::Content(std::string name, char* data, unsigned int size) : content(gen(
 Content::Content(std::string path) : content(nullptr)
 {
     std::ifstream in(path, std::ios::binary | std::ios::ate);
-    if (!in.good())
+    const std::streamoff end = in.good() ? std::streamoff(in.tellg()) : -1;
+    // A directory opens as a stream whose end lies beyond 4 GiB; nothing of
+    // that size can be an entry, so it is refused before anything is allocated.
+    if (end < 0 || end > std::streamoff{std::numeric_limits<unsigned int>::max()})
         throw std::runtime_error("'" + path + "' could not be opened");
-    const auto size = static_cast<unsigned int>(in.tellg());
+    const auto size = static_cast<unsigned int>(end);
     in.seekg(0);
     std::unique_ptr<char[]> block(new char[size]);
     in.read(block.get(), size);
