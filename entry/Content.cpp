@@ -73,6 +73,11 @@ Kind* makeText(const std::string& name, char* data, unsigned int size)
     return new Content::Text(name, data, size, Content::TEXT);
 }
 
+std::runtime_error cannotOpen(const std::string& path)
+{
+    return std::runtime_error("'" + path + "' could not be opened");
+}
+
 // The classification order: the first kind whose test accepts the bytes wins,
 // so an entry that several tests would accept gets the earliest of them.
 // Unknown, which accepts everything, closes the chain in Content::gen.
@@ -97,13 +102,13 @@ Content::Content(std::string path) : content(nullptr)
     // A directory opens as a stream whose end lies beyond 4 GiB; nothing of
     // that size can be an entry, so it is refused before anything is allocated.
     if (end < 0 || end > std::streamoff{std::numeric_limits<unsigned int>::max()})
-        throw std::runtime_error("'" + path + "' could not be opened");
+        throw cannotOpen(path);
     const auto size = static_cast<unsigned int>(end);
     in.seekg(0);
     std::unique_ptr<char[]> block(new char[size]);
     in.read(block.get(), size);
     if (static_cast<unsigned int>(in.gcount()) != size)
-        throw std::runtime_error("'" + path + "' could not be opened");
+        throw cannotOpen(path);
     content = gen(path, block.get(), size);
     block.release();
 }
