@@ -1,0 +1,196 @@
+#include "tools/Commands.h"
+
+#include "images/Graphic.h"
+#include "knowledge/Magic.h"
+#include "tools/Support.h"
+
+#include <filesystem>
+#include <iomanip>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <streambuf>
+
+namespace fs = std::filesystem;
+
+namespace lbxtool {
+
+namespace {
+
+using zorv2::Lbx::Magic;
+
+constexpr int INDEX_WIDTH = 5;
+constexpr int KIND_WIDTH = 8;
+constexpr int COUNT_WIDTH = 8;
+constexpr int LAST_COUNT_WIDTH = 18;
+
+// The verifying mode reports each differing field on std::cerr; this buffer
+// swallows those lines, and the guard puts std::cerr back whatever happens.
+class NullBuffer : public std::streambuf {
+protected:
+    int overflow(int c) override { return c; }
+};
+
+class SilencedErrors {
+public:
+    explicit SilencedErrors(bool silence) : saved(silence ? std::cerr.rdbuf(&sink) : nullptr) {}
+    ~SilencedErrors()
+    {
+        if (saved != nullptr)
+            std::cerr.rdbuf(saved);
+    }
+    SilencedErrors(const SilencedErrors&) = delete;
+    SilencedErrors& operator=(const SilencedErrors&) = delete;
+
+private:
+    NullBuffer sink;
+    std::streambuf* saved;
+};
+
+// The kinds whose entries the library can re-create from their fields.
+bool recreatable(Content* entry)
+{
+    switch (entry->type()) {
+    case Content::CURSOR:
+    case Content::EMPTY:
+    case Content::FONT:
+    case Content::TEXT: return true;
+    case Content::GRAPHIC: return decodable(entry->graphic());
+    default: return false;
+    }
+}
+
+struct Tally {
+    unsigned int passed = 0;
+    unsigned int differs = 0;
+    unsigned int notRecreatable = 0;
+};
+
+std::string catalogueLine(const std::string& path, unsigned int count)
+{
+    const File::LBX_FILE row = catalogueRow(path);
+    if (row == File::LBX_UNKNOWN)
+        return "not in the catalogue";
+    const std::string name = File::LBX_FILE_NAME(row);
+    const unsigned int expected = Magic::size(row);
+    if (count != expected)
+        warn(path + " holds " + std::to_string(count) + " entries, the game's " + name + " holds " +
+             std::to_string(expected));
+    return "catalogue " + name + " (row " + std::to_string(row) + "), expected " + std::to_string(expected);
+}
+
+void listArchive(const std::string& path)
+{
+    File archive(path);
+    std::cout << path << ": " << archive.size() << " entries, " << (archive.tagged() ? "tagged" : "not tagged")
+              << ", " << catalogueLine(path, archive.size()) << '\n';
+    for (unsigned int i = 0; i < archive.size(); ++i)
+        std::cout << std::setw(INDEX_WIDTH) << i << ' ' << archive[i]->info() << '\n';
+}
+
+void checkArchive(const std::string& path)
+{
+    std::string error;
+    std::vector<unsigned int> offsets;
+    bool tagged = false;
+    if (!File::header(path, &error, &offsets, &tagged))
+        throw std::runtime_error(error);
+    std::cout << path << ": valid, " << offsets.size() - 1 << " entries" << (tagged ? ", tagged" : "") << '\n';
+}
+
+void summaryRow(const std::string& kind, const std::string& passed, const std::string& differs,
+                const std::string& notRecreatable)
+{
+    std::cout << "  " << std::left << std::setw(KIND_WIDTH) << kind << std::right << std::setw(COUNT_WIDTH) << passed
+              << std::setw(COUNT_WIDTH) << differs << std::setw(LAST_COUNT_WIDTH) << notRecreatable << '\n';
+}
+
+// Re-creates every entry that can be and holds it against the stored bytes;
+// returns whether all agreed.
+bool verifyArchive(const std::string& path, bool verbose)
+{
+    File archive(path);
+    std::map<std::string, Tally> tallies;
+    std::vector<std::string> differences;
+    for (unsigned int i = 0; i < archive.size(); ++i) {
+        Content* entry = archive[i];
+        Tally& tally = tallies[entry->typeStr()];
+        if (!recreatable(entry)) {
+            ++tally.notRecreatable;
+            continue;
+        }
+        try {
+            SilencedErrors silenced(!verbose);
+            std::unique_ptr<Content> recreated(entry->debugCreate());
+            ++tally.passed;
+        } catch (const std::exception& e) {
+            ++tally.differs;
+            differences.push_back(entryName(path, i) + ": " + e.what());
+        }
+    }
+    std::cout << path << ": " << archive.size() << " entries\n";
+    summaryRow("kind", "passed", "differs", "not re-creatable");
+    for (const auto& [kind, tally] : tallies)
+        summaryRow(kind, std::to_string(tally.passed), std::to_string(tally.differs),
+                   std::to_string(tally.notRecreatable));
+    for (const std::string& difference : differences)
+        std::cout << "  differs: " << difference << '\n';
+    return differences.empty();
+}
+
+} // namespace
+
+int list(const std::vector<std::string>& archives)
+{
+    return forEachPath(archives, listArchive);
+}
+
+int check(const std::vector<std::string>& archives)
+{
+    return forEachPath(archives, checkArchive);
+}
+
+int extract(const std::string& archive, const std::vector<unsigned int>& indices, const std::string& folder)
+{
+    requireRegularFile(archive);
+    File file(archive);
+    const std::vector<unsigned int> selected = selectIndices(file, indices);
+    makeFolder(folder);
+    const std::string stem = safeStem(archive);
+    for (unsigned int index : selected) {
+        Content* entry = file[index];
+        const std::string suffix = entry->type() == Content::SOUND ? ".wav" : "." + entry->typeStr();
+        entry->write((fs::path(folder) / entryFileName(stem, index, suffix)).string());
+    }
+    std::cout << "extracted " << selected.size() << " entries from " << archive << " to " << folder << '\n';
+    return 0;
+}
+
+int verify(const std::vector<std::string>& archives, bool verbose)
+{
+    bool agreed = true;
+    const int status = forEachPath(archives, [&](const std::string& path) { agreed = verifyArchive(path, verbose) && agreed; });
+    return agreed ? status : 1;
+}
+
+int create(const std::string& target, const std::vector<std::string>& files)
+{
+    File archive;
+    for (const std::string& file : files) {
+        requireRegularFile(file);
+        archive.push_back(file);
+    }
+    writeAtomically(target, [&archive](const std::string& temporary) { archive.write(temporary); });
+    std::cout << "created " << target << " with " << archive.size() << " entries\n";
+    return 0;
+}
+
+int replace(const std::string& archive, unsigned int index, const std::string& file)
+{
+    requireRegularFile(file);
+    storeEntry(archive, index, std::make_unique<Content>(file));
+    std::cout << "stored " << file << " as " << entryName(archive, index) << '\n';
+    return 0;
+}
+
+} // namespace lbxtool

@@ -1,0 +1,200 @@
+#include "tools/Export.h"
+
+#include "images/Cursor.h"
+#include "images/Font.h"
+#include "images/Graphic.h"
+#include "kinds/Text.h"
+#include "tools/Gallery.h"
+#include "tools/PaletteSource.h"
+#include "tools/Png.h"
+#include "tools/Support.h"
+
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace lbxtool {
+
+namespace {
+
+// A cursor frame is a flat run of 576 pixels; shown as the square it is.
+constexpr unsigned int CURSOR_FRAMES = 20;
+constexpr unsigned int CURSOR_SIDE = 24;
+constexpr unsigned int FONTS_PER_ENTRY = 6;
+constexpr unsigned int GLYPHS_PER_FONT = 256;
+constexpr unsigned int SWATCH_SIDE = 16;
+constexpr unsigned int PREVIEW_LINES = 24;
+
+// Writes the files of one entry and tells the gallery about them.
+class EntryExporter {
+public:
+    EntryExporter(const ExportOptions& options, File& archive, PaletteSource& palettes)
+        : folder(options.folder), stem(safeStem(options.archive)), archive(archive), palettes(palettes)
+    {
+    }
+
+    GalleryEntry run(unsigned int index)
+    {
+        Content* entry = archive.at(index);
+        GalleryEntry shown;
+        shown.name = entryName(archive.path(), index);
+        shown.info = entry->info();
+        switch (entry->type()) {
+        case Content::GRAPHIC: graphic(index, entry->graphic(), shown); break;
+        case Content::CURSOR: cursor(index, entry->cursor(), shown); break;
+        case Content::TEXT: text(index, entry->text(), shown); break;
+        case Content::FONT: font(index, entry->font(), shown); break;
+        case Content::SOUND: sound(index, entry, shown); break;
+        default: break;
+        }
+        return shown;
+    }
+
+    unsigned int written = 0;
+
+private:
+    std::string pathOf(const std::string& name) { return (fs::path(folder) / name).string(); }
+
+    std::string png(const std::string& name, const unsigned char* rgba, unsigned int width, unsigned int height)
+    {
+        savePng(pathOf(name), rgba, width, height);
+        ++written;
+        return name;
+    }
+
+    std::string frameName(unsigned int index, unsigned int frame)
+    {
+        return entryFileName(stem, index, "_" + std::to_string(frame) + ".png");
+    }
+
+    void frames(unsigned int index, const std::vector<const unsigned char*>& decoded, unsigned int width,
+                unsigned int height, GalleryEntry& shown)
+    {
+        for (unsigned int f = 0; f < decoded.size(); ++f)
+            shown.frames.push_back(png(frameName(index, f), decoded[f], width, height));
+        if (decoded.size() > 1) {
+            const Image sheet = spriteSheet(decoded, width, height);
+            shown.sheet = png(entryFileName(stem, index, "_sheet.png"), sheet.rgba.data(), sheet.width, sheet.height);
+        }
+    }
+
+    void graphic(unsigned int index, Content::Graphic* graphic, GalleryEntry& shown)
+    {
+        if (!decodable(graphic))
+            throw std::runtime_error("too large to decode");
+        PaletteArray palette = palettes.forGraphic(index);
+        if (graphic->frames() == 0) {
+            swatch(index, palette.get(), shown);
+            return;
+        }
+        if (graphic->width() == 0 || graphic->height() == 0)
+            return; // frames without pixels make no picture
+        graphic->setPalette(palette.get());
+        try {
+            std::vector<const unsigned char*> decoded;
+            for (unsigned int f = 0; f < graphic->frames(); ++f)
+                decoded.push_back(graphic->frame(f));
+            frames(index, decoded, graphic->width(), graphic->height(), shown);
+        } catch (...) {
+            graphic->setPalette(nullptr);
+            throw;
+        }
+        // The palette dies here; the graphic must not keep pointing at it.
+        graphic->setPalette(nullptr);
+    }
+
+    // A graphic of no frames holds only colours: shown as 16 × 16 squares.
+    void swatch(unsigned int index, unsigned char* palette, GalleryEntry& shown)
+    {
+        shown.frames.push_back(png(entryFileName(stem, index, "_palette.png"), palette, SWATCH_SIDE, SWATCH_SIDE));
+    }
+
+    void cursor(unsigned int index, Content::Cursor* cursor, GalleryEntry& shown)
+    {
+        std::vector<const unsigned char*> decoded;
+        for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)
+            decoded.push_back(cursor->get(f));
+        frames(index, decoded, CURSOR_SIDE, CURSOR_SIDE, shown);
+    }
+
+    // One string a line, its bytes as they stand.
+    void text(unsigned int index, Content::Text* table, GalleryEntry& shown)
+    {
+        std::string lines;
+        for (unsigned int i = 0; i < table->size(); ++i) {
+            lines += table->get(i) + '\n';
+            if (i + 1 == PREVIEW_LINES)
+                shown.preview = lines + "...";
+        }
+        if (shown.preview.empty())
+            shown.preview = lines;
+        shown.file = textFile(entryFileName(stem, index, ".txt"), lines);
+    }
+
+    void font(unsigned int index, Content::Font* font, GalleryEntry& shown)
+    {
+        std::string metrics = "# " + shown.name + ": height of each font, then the width of each of its glyphs\n";
+        for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f) {
+            metrics += "font " + std::to_string(f) + " height " + std::to_string(font->height(f)) + " widths";
+            for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g)
+                metrics += ' ' + std::to_string(font->width(f, g));
+            metrics += '\n';
+        }
+        shown.file = textFile(entryFileName(stem, index, "_metrics.txt"), metrics);
+    }
+
+    void sound(unsigned int index, Content* entry, GalleryEntry& shown)
+    {
+        shown.file = entryFileName(stem, index, ".wav");
+        entry->write(pathOf(shown.file));
+        shown.sound = true;
+        ++written;
+    }
+
+    std::string textFile(const std::string& name, const std::string& text)
+    {
+        std::ofstream out(pathOf(name), std::ios::binary | std::ios::trunc);
+        out << text;
+        if (!out.good())
+            throw std::runtime_error("could not write to '" + pathOf(name) + "'");
+        ++written;
+        return name;
+    }
+
+    std::string folder;
+    std::string stem;
+    File& archive;
+    PaletteSource& palettes;
+};
+
+} // namespace
+
+int exportEntries(const ExportOptions& options)
+{
+    requireRegularFile(options.archive);
+    File archive(options.archive);
+    const std::vector<unsigned int> indices = selectIndices(archive, options.indices);
+    makeFolder(options.folder);
+    PaletteSource palettes(archive, options.palette);
+    EntryExporter exporter(options, archive, palettes);
+    Gallery gallery(archive.path());
+    int status = 0;
+    for (unsigned int index : indices) {
+        try {
+            gallery.add(exporter.run(index));
+        } catch (const std::exception& e) {
+            reportError(entryName(archive.path(), index) + ": " + e.what());
+            status = 1;
+        }
+    }
+    std::cout << "exported " << exporter.written << " files from " << archive.path() << " to " << options.folder
+              << '\n';
+    if (options.html)
+        std::cout << "gallery: " << gallery.write(options.folder, safeStem(options.archive)) << '\n';
+    return status;
+}
+
+} // namespace lbxtool

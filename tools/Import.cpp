@@ -1,0 +1,202 @@
+#include "tools/Import.h"
+
+#include "images/Graphic.h"
+#include "images/Palette.h"
+#include "tools/PaletteSource.h"
+#include "tools/Png.h"
+#include "tools/Support.h"
+
+#include <cctype>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+
+namespace lbxtool {
+
+namespace {
+
+using Graphic = Content::Graphic;
+using Palette = Content::Palette;
+
+constexpr unsigned int BYTES_PER_PIXEL = 4;
+constexpr unsigned int PALETTE_ENTRIES = 256;
+constexpr unsigned int ALPHA = 3;
+constexpr unsigned int LARGEST_SIDE = std::numeric_limits<unsigned short>::max();
+
+const struct {
+    const char* name;
+    Graphic::FLAG flag;
+} FLAG_NAMES[] = {
+    {"raw", Graphic::RAW},         {"clear", Graphic::CLEAR}, {"shadows", Graphic::SHADOWS},
+    {"palette", Graphic::PALETTE}, {"loop", Graphic::LOOP},
+};
+
+std::vector<Image> loadFrames(const std::vector<std::string>& paths)
+{
+    std::vector<Image> frames;
+    for (const std::string& path : paths) {
+        frames.push_back(loadPng(path));
+        const Image& first = frames.front();
+        const Image& frame = frames.back();
+        if (frame.width > LARGEST_SIDE || frame.height > LARGEST_SIDE)
+            throw std::runtime_error("'" + path + "' is larger than a graphic can be (65535 pixels a side)");
+        if (frame.width != first.width || frame.height != first.height)
+            throw std::runtime_error("'" + path + "' is " + std::to_string(frame.width) + "x" +
+                                     std::to_string(frame.height) + ", the first frame " + std::to_string(first.width) +
+                                     "x" + std::to_string(first.height));
+    }
+    return frames;
+}
+
+std::vector<unsigned char*> pixelsOf(std::vector<Image>& frames)
+{
+    std::vector<unsigned char*> pixels;
+    for (Image& frame : frames)
+        pixels.push_back(frame.rgba.data());
+    return pixels;
+}
+
+// Palette::create fails on the 257th colour without saying where it met it.
+// Whether a run of frames has too many colours grows with the run, so a
+// binary search over its length finds the image that brings the one too many.
+PaletteArray paletteFromImages(std::vector<Image>& frames, const std::vector<std::string>& paths)
+{
+    std::vector<unsigned char*> pixels = pixelsOf(frames);
+    std::vector<unsigned int> widths, heights;
+    for (const Image& frame : frames) {
+        widths.push_back(frame.width);
+        heights.push_back(frame.height);
+    }
+    const auto build = [&](std::size_t count) {
+        return PaletteArray(
+            Palette::create(pixels.data(), widths.data(), heights.data(), static_cast<unsigned int>(count)));
+    };
+    try {
+        return build(frames.size());
+    } catch (const std::exception& e) {
+        std::size_t fits = 0, fails = frames.size();
+        while (fails - fits > 1) {
+            const std::size_t middle = fits + (fails - fits) / 2;
+            try {
+                build(middle);
+                fits = middle;
+            } catch (const std::exception&) {
+                fails = middle;
+            }
+        }
+        throw std::runtime_error("'" + paths[fails - 1] + "': " + e.what());
+    }
+}
+
+// The number of colours that Palette::create filled: they are opaque, the
+// rest is all zero.
+unsigned short coloursIn(const unsigned char* palette)
+{
+    unsigned short count = 0;
+    while (count < PALETTE_ENTRIES && palette[count * BYTES_PER_PIXEL + ALPHA] != 0)
+        ++count;
+    return count;
+}
+
+// The encoder names a missing colour but not the image; the first image with
+// a pixel the palette lacks is the one to blame. Raw frames look up every
+// pixel, the others only the visible ones.
+std::string imageLacking(std::vector<Image>& frames, const std::vector<std::string>& paths, unsigned char* palette,
+                         bool raw)
+{
+    for (std::size_t f = 0; f < frames.size(); ++f)
+        for (std::size_t p = 0; p < frames[f].rgba.size(); p += BYTES_PER_PIXEL) {
+            unsigned char* pixel = &frames[f].rgba[p];
+            if ((raw || pixel[ALPHA] != 0) && !Palette::findColor(palette, pixel, nullptr))
+                return paths[f];
+        }
+    return "";
+}
+
+unsigned char narrow(unsigned int value, const char* what)
+{
+    if (value > std::numeric_limits<unsigned char>::max())
+        throw std::runtime_error(std::string(what) + " " + std::to_string(value) + " is above 255");
+    return static_cast<unsigned char>(value);
+}
+
+} // namespace
+
+unsigned short parseFlags(const std::string& text)
+{
+    if (text.empty())
+        return 0;
+    if (std::isdigit(static_cast<unsigned char>(text.front()))) {
+        std::size_t used = 0;
+        unsigned long value = 0;
+        try {
+            value = std::stoul(text, &used, 0);
+        } catch (const std::exception&) {
+        }
+        if (used != text.size() || value > std::numeric_limits<unsigned short>::max())
+            throw std::runtime_error("'" + text + "' is no flag word");
+        return static_cast<unsigned short>(value);
+    }
+    unsigned short flags = 0;
+    std::istringstream names(text);
+    for (std::string name; std::getline(names, name, ',');) {
+        bool known = false;
+        for (const auto& entry : FLAG_NAMES)
+            if (name == entry.name) {
+                flags |= entry.flag;
+                known = true;
+            }
+        if (!known)
+            throw std::runtime_error("unknown flag '" + name + "' (known: raw, clear, shadows, palette, loop)");
+    }
+    return flags;
+}
+
+int importGraphic(const ImportOptions& options)
+{
+    if (options.images.empty())
+        throw std::runtime_error("no images given");
+    std::vector<Image> frames = loadFrames(options.images);
+    if (frames.size() > std::numeric_limits<unsigned short>::max())
+        throw std::runtime_error("a graphic holds at most 65535 frames");
+    unsigned short flags = parseFlags(options.flags);
+    const unsigned char clearOnce = narrow(options.clearOnce, "clearOnce");
+    const unsigned char clearMod = narrow(options.clearMod, "clearMod");
+
+    // A palette built from the images exists nowhere else, so the entry
+    // carries it; one from a named source is stored only when asked for.
+    PaletteArray palette;
+    unsigned short paletteSize = PALETTE_ENTRIES;
+    if (options.palette.empty()) {
+        palette = paletteFromImages(frames, options.images);
+        paletteSize = coloursIn(palette.get());
+        flags |= Graphic::PALETTE;
+    } else {
+        palette = PaletteSource::read(options.palette);
+    }
+
+    std::vector<unsigned char*> pixels = pixelsOf(frames);
+    std::unique_ptr<Content> entry;
+    try {
+        entry.reset(Graphic::create(pixels.data(), palette.get(), static_cast<unsigned short>(frames.front().width),
+                                    static_cast<unsigned short>(frames.front().height),
+                                    static_cast<unsigned short>(frames.size()), clearOnce, clearMod, 0, paletteSize,
+                                    flags));
+    } catch (const std::exception& e) {
+        const std::string culprit = imageLacking(frames, options.images, palette.get(), flags & Graphic::RAW);
+        throw std::runtime_error((culprit.empty() ? "" : "'" + culprit + "': ") + e.what());
+    }
+
+    if (options.index) {
+        storeEntry(options.target, *options.index, std::move(entry));
+        std::cout << "stored " << frames.size() << " frames as " << entryName(options.target, *options.index) << '\n';
+    } else {
+        writeAtomically(options.target, [&entry](const std::string& temporary) { entry->write(temporary); });
+        std::cout << "wrote " << frames.size() << " frames to " << options.target << '\n';
+    }
+    return 0;
+}
+
+} // namespace lbxtool
