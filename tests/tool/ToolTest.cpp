@@ -20,7 +20,7 @@ namespace {
 
 using PaletteArray = std::unique_ptr<unsigned char[]>;
 
-struct Run {
+struct Outcome {
     int status;
     std::string out, err;
 };
@@ -35,7 +35,7 @@ std::string quote(const std::string& text)
 
 class Tool : public testing::Test {
 protected:
-    Run lbx(const std::vector<std::string>& args)
+    Outcome lbx(const std::vector<std::string>& args)
     {
         std::string command = quote(LBX_TOOL);
         for (const std::string& arg : args)
@@ -104,7 +104,7 @@ void expectFrames(Content::Graphic* graphic, const std::string& folder, const st
 
 TEST_F(Tool, ListsTheSampleAsTheCatalogueExpectsIt)
 {
-    const Run run = lbx({"list", sample("FONTS.LBX"), sample("INBOX.LBX")});
+    const Outcome run = lbx({"list", sample("FONTS.LBX"), sample("INBOX.LBX")});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_NE(run.out.find("FONTS.LBX: 14 entries, tagged, catalogue FONTS (row 64), expected 14\n"),
@@ -116,7 +116,7 @@ TEST_F(Tool, ListsTheSampleAsTheCatalogueExpectsIt)
 TEST_F(Tool, ListWarnsWhenTheCountDiffersFromTheGames)
 {
     const std::string inbox = dir.file("inbox.lbx", archive({""}));
-    const Run run = lbx({"list", inbox});
+    const Outcome run = lbx({"list", inbox});
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "lbx: warning: " + inbox + " holds 1 entries, the game's INBOX holds 2\n");
 }
@@ -126,7 +126,7 @@ TEST_F(Tool, VerifiesTheSampleWithoutDifference)
     std::vector<std::string> args = {"verify"};
     for (const std::string& path : wholeSample())
         args.push_back(path);
-    const Run run = lbx(args);
+    const Outcome run = lbx(args);
     EXPECT_EQ(run.status, 0);
     EXPECT_EQ(run.err, "");
     EXPECT_EQ(run.out.find("differs:"), std::string::npos);
@@ -139,11 +139,11 @@ TEST_F(Tool, VerifiesTheSampleWithoutDifference)
 TEST_F(Tool, VerifyReportsADifferenceAndShowsFieldsOnlyWhenAsked)
 {
     const std::string table = dir.file("t.lbx", archive({le16(1) + le16(5) + "abcde"}));
-    const Run quiet = lbx({"verify", table});
+    const Outcome quiet = lbx({"verify", table});
     EXPECT_EQ(quiet.status, 1);
     EXPECT_NE(quiet.out.find("differs: " + table + "[0]: debug text\n"), std::string::npos);
     EXPECT_EQ(quiet.err, "");
-    const Run verbose = lbx({"verify", "-v", table});
+    const Outcome verbose = lbx({"verify", "-v", table});
     EXPECT_NE(verbose.err.find("debug text - is   100, should be     5  'textsize'\n"), std::string::npos);
 }
 
@@ -151,7 +151,7 @@ TEST_F(Tool, ExportedFramesAreTheLibrarysFramesInTheGamesColours)
 {
     const std::string out = dir.path("out");
     for (const char* name : {"INBOX.LBX", "CONFIRM.LBX", "SPHERSFX.LBX", "FONTS.LBX", "STARNAME.LBX"}) {
-        const Run run = lbx({"export", sample(name), "--html", "-o", out});
+        const Outcome run = lbx({"export", sample(name), "--html", "-o", out});
         ASSERT_EQ(run.status, 0) << run.err;
         EXPECT_EQ(run.err, "") << name;
     }
@@ -192,7 +192,7 @@ TEST_F(Tool, ExportSaysSoWhenNoPaletteSourceIsFound)
     const std::string lonely = dir.path("lonely");
     std::filesystem::create_directories(lonely);
     std::filesystem::copy_file(sample("INBOX.LBX"), lonely + "/inbox.lbx");
-    const Run run = lbx({"export", lonely + "/inbox.lbx", "1", "-o", dir.path("out")});
+    const Outcome run = lbx({"export", lonely + "/inbox.lbx", "1", "-o", dir.path("out")});
     EXPECT_EQ(run.status, 0);
     EXPECT_NE(run.err.find("lbx: warning: palette source FONTS.LBX not found beside " + lonely + "/inbox.lbx\n"),
               std::string::npos);
@@ -278,7 +278,7 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
         {{"replace", fonts, "15", cut}, "invalid index '15' for " + fonts},
     };
     for (const auto& c : cases) {
-        const Run run = lbx(c.args);
+        const Outcome run = lbx(c.args);
         EXPECT_EQ(run.status, 1) << c.message;
         EXPECT_EQ(run.err.rfind("lbx: " + c.message, 0), 0u) << run.err;
         EXPECT_EQ(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
