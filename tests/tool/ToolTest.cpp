@@ -2,6 +2,7 @@
 #include "images/Cursor.h"
 #include "images/Graphic.h"
 #include "images/Palette.h"
+#include "kinds/Text.h"
 #include "tests/Fixtures.h"
 
 #include <gtest/gtest.h>
@@ -48,8 +49,9 @@ protected:
     // The sample set, written by the tool itself into this test's folder.
     std::string sample(const std::string& archive)
     {
-        if (!std::filesystem::exists(dir.path("sample")))
+        if (!std::filesystem::exists(dir.path("sample"))) {
             EXPECT_EQ(lbx({"sample", dir.path("sample")}).status, 0);
+        }
         return dir.path("sample/" + archive);
     }
 
