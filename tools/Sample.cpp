@@ -138,7 +138,13 @@ unsigned short coloursIn(unsigned char* palette)
 Content* arrowCursor(const PaletteArray& palette)
 {
     std::vector<Canvas> frames(CURSOR_FRAMES, Canvas(CURSOR_SIDE, CURSOR_SIDE));
-    const auto inside = [](int x, int y) { return x >= 1 && y >= x && x + y <= 22; };
+    // The head: tip at the top left, one edge straight down, one along the
+    // diagonal; then a tail slanting down to the right.
+    const auto inside = [](int x, int y) {
+        const bool head = x >= 1 && y >= x && 2 * y <= 31 - x;
+        const bool tail = y >= 13 && y <= 21 && x >= 4 + (y - 13) / 2 && x <= 6 + (y - 13) / 2;
+        return head || tail;
+    };
     for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)
         for (int y = 0; y < CURSOR_SIDE; ++y)
             for (int x = 0; x < CURSOR_SIDE; ++x)
