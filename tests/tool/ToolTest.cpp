@@ -257,6 +257,7 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
     writePng(dir.path("many.png"), many, 257, 1);
     writePng(dir.path("small.png"), small, 2, 2);
     writePng(dir.path("green.png"), green, 1, 1);
+    writePng(dir.path("holed.png"), {252, 0, 0, 255, 0, 0, 0, 0}, 2, 1);
     const std::string before = readFile(fonts);
 
     const struct {
@@ -277,7 +278,10 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
          "'" + dir.path("green.png") + "': color 4,200,4 not found in palette"},
         {{"import", dir.path("x"), cut}, "'" + cut + "' is not a readable PNG"},
         {{"import", fonts, "-i", "3", "--flags", "fast", dir.path("small.png")}, "unknown flag 'fast'"},
+        {{"import", dir.path("x"), "--flags", "raw", dir.path("holed.png")},
+         "'" + dir.path("holed.png") + "': color 0,0,0 not found in palette"},
         {{"replace", fonts, "15", cut}, "invalid index '15' for " + fonts},
+        {{"create", fonts, cut, dir.path("none")}, "'" + dir.path("none") + "' could not be opened"},
     };
     for (const auto& c : cases) {
         const Outcome run = lbx(c.args);
@@ -287,4 +291,83 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
     }
     EXPECT_EQ(readFile(fonts), before);
     EXPECT_FALSE(std::filesystem::exists(dir.path("x")));
+}
+
+namespace {
+
+// A graphic of one compressed frame, optionally behind a palette block.
+std::string graphicEntry(unsigned int width, unsigned int height, const std::string& frame,
+                         const std::string& block = "")
+{
+    const unsigned int start = 20 + static_cast<unsigned int>(block.size());
+    return le16(width) + le16(height) + le16(0) + le16(1) + le16(block.empty() ? 0 : 0x1000) + le32(start) +
+           le32(start + static_cast<unsigned int>(frame.size())) + block + frame;
+}
+
+} // namespace
+
+TEST_F(Tool, HostileGraphicsAreRefusedOrSurvivedWithoutACrash)
+{
+    const std::string wild = le16(1) + le16(0) + le16(0xFFFF) + le16(0xFFFF) + "abcd" + le16(0) + le16(1000);
+    const std::string beyond = le16(250) + le16(10) + std::string(40, '\x3f');
+    const std::string hostile = dir.file("hostile.lbx", archive({
+        graphicEntry(0xFFFF, 0xFFFF, le16(1) + le16(0) + le32(0)),  // 16 GiB of pixels
+        graphicEntry(4, 2, wild),                                   // runs far past the image
+        graphicEntry(4, 2, le16(1) + le16(0) + le16(3) + "ab"),      // cut off inside a run
+        graphicEntry(2, 1, le16(1) + le16(2) + le32(0), beyond),     // colours past index 255
+    }));
+    const Outcome exported = lbx({"export", hostile, "-o", dir.path("out"), "--html"});
+    EXPECT_EQ(exported.status, 1);
+    EXPECT_NE(exported.err.find("lbx: " + hostile + "[0]: too large to decode\n"), std::string::npos);
+    const Outcome verified = lbx({"verify", hostile});
+    EXPECT_TRUE(verified.status == 0 || verified.status == 1) << verified.err;
+    EXPECT_NE(verified.out.find("  graphic        "), std::string::npos);
+}
+
+TEST_F(Tool, ExplicitPaletteTakesThePlaceOfTheGamesSources)
+{
+    const std::string out = dir.path("out");
+    const Outcome run = lbx({"export", sample("INBOX.LBX"), "1", "-p", sample("FONTS.LBX") + ":2", "-o", out});
+    ASSERT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    File fonts(sample("FONTS.LBX")), inbox(sample("INBOX.LBX"));
+    Content::Graphic* graphic = inbox[1]->graphic();
+    PaletteArray palette = expectedPalette(fonts[2], graphic);
+    graphic->setPalette(palette.get());
+    expectFrames(graphic, out, "INBOX_001");
+    graphic->setPalette(nullptr);
+}
+
+TEST_F(Tool, ExtractNamesFilesByKindAndCheckTellsTheValidFromTheInvalid)
+{
+    const std::string sphere = sample("SPHERSFX.LBX"), parts = dir.path("parts");
+    ASSERT_EQ(lbx({"extract", sphere, "-o", parts}).status, 0);
+    std::unique_ptr<Content> sound(File::at(sphere, 0));
+    EXPECT_EQ(readFile(parts + "/SPHERSFX_000.wav"), bytesOf(sound->data(), sound->size()));
+    EXPECT_TRUE(std::filesystem::exists(parts + "/SPHERSFX_001.graphic"));
+
+    const Outcome run = lbx({"check", sphere, parts + "/SPHERSFX_000.wav"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, sphere + ": valid, 2 entries, tagged\n");
+    EXPECT_EQ(run.err, "lbx: '" + parts + "/SPHERSFX_000.wav' is not a valid tesk lbx file (first offset is invalid)\n");
+}
+
+TEST_F(Tool, SampleIsSmallAndEveryArchiveIsValid)
+{
+    std::uintmax_t total = 0;
+    for (const std::string& path : wholeSample()) {
+        EXPECT_TRUE(File::check(path)) << path;
+        total += std::filesystem::file_size(path);
+    }
+    EXPECT_LT(total, 1024u * 1024u);
+}
+
+TEST_F(Tool, CommandLineWithoutACommandShowsUsage)
+{
+    const Outcome bare = lbx({});
+    EXPECT_NE(bare.status, 0);
+    EXPECT_NE((bare.out + bare.err).find("list"), std::string::npos);
+    const Outcome help = lbx({"export", "--help"});
+    EXPECT_EQ(help.status, 0);
+    EXPECT_NE(help.out.find("--palette"), std::string::npos);
 }
