@@ -20,11 +20,6 @@ namespace lbxtool {
 
 namespace {
 
-// A cursor frame is a flat run of 576 pixels; shown as the square it is.
-constexpr unsigned int CURSOR_FRAMES = 20;
-constexpr unsigned int CURSOR_SIDE = 24;
-constexpr unsigned int FONTS_PER_ENTRY = 6;
-constexpr unsigned int GLYPHS_PER_FONT = 256;
 constexpr unsigned int SWATCH_SIDE = 16;
 constexpr unsigned int PREVIEW_LINES = 24;
 

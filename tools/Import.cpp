@@ -20,9 +20,6 @@ namespace {
 using Graphic = Content::Graphic;
 using Palette = Content::Palette;
 
-constexpr unsigned int BYTES_PER_PIXEL = 4;
-constexpr unsigned int PALETTE_ENTRIES = 256;
-constexpr unsigned int ALPHA = 3;
 constexpr unsigned int LARGEST_SIDE = std::numeric_limits<unsigned short>::max();
 
 const struct {
@@ -88,16 +85,6 @@ PaletteArray paletteFromImages(std::vector<Image>& frames, const std::vector<std
         }
         throw std::runtime_error("'" + paths[fails - 1] + "': " + e.what());
     }
-}
-
-// The number of colours that Palette::create filled: they are opaque, the
-// rest is all zero.
-unsigned short coloursIn(const unsigned char* palette)
-{
-    unsigned short count = 0;
-    while (count < PALETTE_ENTRIES && palette[count * BYTES_PER_PIXEL + ALPHA] != 0)
-        ++count;
-    return count;
 }
 
 // The encoder names a missing colour but not the image; the first image with
@@ -171,7 +158,7 @@ int importGraphic(const ImportOptions& options)
     unsigned short paletteSize = PALETTE_ENTRIES;
     if (options.palette.empty()) {
         palette = paletteFromImages(frames, options.images);
-        paletteSize = coloursIn(palette.get());
+        paletteSize = coloursFilled(palette.get());
         flags |= Graphic::PALETTE;
     } else {
         palette = PaletteSource::read(options.palette);

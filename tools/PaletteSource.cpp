@@ -13,8 +13,6 @@ namespace lbxtool {
 
 namespace {
 
-constexpr unsigned int PALETTE_BYTES = 1024;
-
 using Palette = Content::Palette;
 
 } // namespace

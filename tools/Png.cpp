@@ -12,7 +12,6 @@ namespace lbxtool {
 
 namespace {
 
-constexpr unsigned int BYTES_PER_PIXEL = 4;
 constexpr unsigned int SHEET_COLUMNS = 8;
 
 } // namespace

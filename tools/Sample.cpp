@@ -23,18 +23,11 @@ namespace {
 using Graphic = Content::Graphic;
 using Palette = Content::Palette;
 
-constexpr unsigned int BYTES_PER_PIXEL = 4;
-constexpr unsigned int PALETTE_ENTRIES = 256;
-constexpr unsigned int CURSOR_FRAMES = 20;
-constexpr int CURSOR_SIDE = 24;
-constexpr unsigned int FONTS = 6;
-constexpr unsigned int GLYPHS = 256;
 constexpr double PI = 3.14159265358979323846;
+// Cursor frames are drawn with signed coordinates.
+constexpr int SIDE = CURSOR_SIDE;
 
-// The entries of FONTS.LBX that the game's tables name as palette sources of
-// INBOX[1] and of SPHERSFX; the archives hold as many entries as the game's.
-constexpr unsigned int WARM_CURSOR = 1;
-constexpr unsigned int COOL_CURSOR = 2;
+// Each archive holds as many entries as the game's of that name.
 constexpr unsigned int FONTS_ENTRIES = 14;
 
 struct Colour {
@@ -125,19 +118,11 @@ Content* graphicOf(std::vector<Canvas>& frames, unsigned char* palette, unsigned
                            static_cast<unsigned short>(frames.size()), 0, clearMod, palOffset, palSize, flags);
 }
 
-unsigned short coloursIn(unsigned char* palette)
-{
-    unsigned short count = 0;
-    while (count < PALETTE_ENTRIES && palette[count * BYTES_PER_PIXEL + 3] != 0)
-        ++count;
-    return count;
-}
-
 // Cursors: an arrow whose body glows through the warm ramp, and a ring with
 // a gap that turns, in the cool one. Index 0 stays transparent.
 Content* arrowCursor(const PaletteArray& palette)
 {
-    std::vector<Canvas> frames(CURSOR_FRAMES, Canvas(CURSOR_SIDE, CURSOR_SIDE));
+    std::vector<Canvas> frames(CURSOR_FRAMES, Canvas(SIDE, SIDE));
     // The head: tip at the top left, one edge straight down, one along the
     // diagonal; then a tail slanting down to the right.
     const auto inside = [](int x, int y) {
@@ -146,8 +131,8 @@ Content* arrowCursor(const PaletteArray& palette)
         return head || tail;
     };
     for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)
-        for (int y = 0; y < CURSOR_SIDE; ++y)
-            for (int x = 0; x < CURSOR_SIDE; ++x)
+        for (int y = 0; y < SIDE; ++y)
+            for (int x = 0; x < SIDE; ++x)
                 if (inside(x, y)) {
                     const bool edge = !inside(x - 1, y) || !inside(x + 1, y) || !inside(x, y - 1) || !inside(x, y + 1);
                     frames[f].put(x, y, entryOf(palette, edge ? 255 : 90 + 4 * f + y));
@@ -158,11 +143,11 @@ Content* arrowCursor(const PaletteArray& palette)
 
 Content* ringCursor(const PaletteArray& palette)
 {
-    std::vector<Canvas> frames(CURSOR_FRAMES, Canvas(CURSOR_SIDE, CURSOR_SIDE));
-    const double centre = (CURSOR_SIDE - 1) / 2.0;
+    std::vector<Canvas> frames(CURSOR_FRAMES, Canvas(SIDE, SIDE));
+    const double centre = (SIDE - 1) / 2.0;
     for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)
-        for (int y = 0; y < CURSOR_SIDE; ++y)
-            for (int x = 0; x < CURSOR_SIDE; ++x) {
+        for (int y = 0; y < SIDE; ++y)
+            for (int x = 0; x < SIDE; ++x) {
                 const double radius = std::hypot(x - centre, y - centre);
                 const double turn = std::fmod(std::atan2(y - centre, x - centre) / (2 * PI) + 1.0 - f / double(CURSOR_FRAMES), 1.0);
                 if (radius >= 6 && radius <= 10 && turn > 0.2)
@@ -174,11 +159,11 @@ Content* ringCursor(const PaletteArray& palette)
 
 Content* font()
 {
-    unsigned short heights[FONTS] = {8, 10, 12, 14, 16, 9};
-    std::vector<unsigned char> widths(FONTS * GLYPHS, 0);
-    for (unsigned int f = 0; f < FONTS; ++f)
+    unsigned short heights[FONTS_PER_ENTRY] = {8, 10, 12, 14, 16, 9};
+    std::vector<unsigned char> widths(FONTS_PER_ENTRY * GLYPHS_PER_FONT, 0);
+    for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f)
         for (unsigned int g = ' '; g <= '~'; ++g)
-            widths[f * GLYPHS + g] = static_cast<unsigned char>(3 + f + g % 4);
+            widths[f * GLYPHS_PER_FONT + g] = static_cast<unsigned char>(3 + f + g % 4);
     // The font's create neither reads a palette nor glyph images.
     return Content::Font::create(nullptr, heights, widths.data(), nullptr);
 }
@@ -194,6 +179,7 @@ void fontsArchive(const std::string& folder)
 {
     File archive;
     append(archive, font());
+    // Entries 1 and 2: the palettes the game's tables give INBOX[1] and SPHERSFX.
     append(archive, arrowCursor(warmPalette()));
     append(archive, ringCursor(coolPalette()));
     append(archive, Content::Empty::create(true));
@@ -221,7 +207,7 @@ Content* landscape()
     unsigned char* image = picture.rgba.data();
     unsigned int width = 64, height = 40;
     PaletteArray palette(Palette::create(&image, &width, &height, 1));
-    return graphicOf(frames, palette.get(), 0, 0, coloursIn(palette.get()), Graphic::PALETTE);
+    return graphicOf(frames, palette.get(), 0, 0, coloursFilled(palette.get()), Graphic::PALETTE);
 }
 
 // A ball that bounces across a dark floor: each frame paints only what moved.
@@ -283,7 +269,7 @@ void confirmArchive(const std::string& folder)
     PaletteArray palette(Palette::create(all.data(), widths.data(), heights.data(), static_cast<unsigned int>(all.size())));
 
     File archive;
-    append(archive, graphicOf(dialog, palette.get(), 0, 0, coloursIn(palette.get()), Graphic::PALETTE));
+    append(archive, graphicOf(dialog, palette.get(), 0, 0, coloursFilled(palette.get()), Graphic::PALETTE));
     append(archive, graphicOf(button, palette.get(), 0, 0, 0, Graphic::RAW));
     append(archive, graphicOf(spinner, palette.get(), 0, 0, 0, Graphic::CLEAR | Graphic::LOOP));
     writeArchive(folder, "CONFIRM.LBX", archive);

@@ -18,9 +18,8 @@ namespace lbxtool {
 
 namespace {
 
-// Four bytes a decoded pixel; the budget bounds what one graphic's frames may
+// The budget bounds what one graphic's frames may
 // take, far above any picture of the game and far below a hostile header.
-constexpr std::uint64_t BYTES_PER_PIXEL = 4;
 constexpr std::uint64_t DECODE_BUDGET = 256ull * 1024 * 1024;
 
 std::string upper(std::string text)
@@ -36,6 +35,14 @@ std::runtime_error cannotWrite(const std::string& path)
 }
 
 } // namespace
+
+unsigned short coloursFilled(const unsigned char* palette)
+{
+    unsigned short count = 0;
+    while (count < PALETTE_ENTRIES && palette[count * BYTES_PER_PIXEL + ALPHA] != 0)
+        ++count;
+    return count;
+}
 
 void reportError(const std::string& message)
 {
@@ -174,7 +181,7 @@ EntryRef parseEntryRef(const std::string& text)
 bool decodable(Content::Graphic* graphic)
 {
     const std::uint64_t bytes =
-        std::uint64_t(graphic->width()) * graphic->height() * BYTES_PER_PIXEL * graphic->frames();
+        std::uint64_t(graphic->width()) * graphic->height() * graphic->frames() * BYTES_PER_PIXEL;
     return bytes <= DECODE_BUDGET;
 }
 

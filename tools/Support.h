@@ -16,6 +16,23 @@ namespace lbxtool {
 using zorv2::Lbx::Content;
 using zorv2::Lbx::File;
 
+// Decoded pictures and palette arrays: four bytes a pixel or colour, red,
+// green, blue, alpha; alpha 0 is transparent.
+constexpr unsigned int BYTES_PER_PIXEL = 4;
+constexpr unsigned int ALPHA = 3;
+constexpr unsigned int PALETTE_ENTRIES = 256;
+constexpr unsigned int PALETTE_BYTES = PALETTE_ENTRIES * BYTES_PER_PIXEL;
+// A cursor's frame is a flat run of 576 pixels with no row length of its
+// own; the tool shows it as the square it is.
+constexpr unsigned int CURSOR_FRAMES = 20;
+constexpr unsigned int CURSOR_SIDE = 24;
+constexpr unsigned int FONTS_PER_ENTRY = 6;
+constexpr unsigned int GLYPHS_PER_FONT = 256;
+
+// The number of colours that Palette::create filled: they are opaque, the
+// entries behind them all zero.
+unsigned short coloursFilled(const unsigned char* palette);
+
 // One line on stderr; every failure the user sees goes through here.
 void reportError(const std::string& message);
 // One line on stderr, printed once however often it comes up.
