@@ -9,6 +9,7 @@
 #include <CLI/CLI.hpp>
 
 #include <functional>
+#include <iostream>
 
 namespace {
 
@@ -116,6 +117,10 @@ int main(int argc, char** argv)
     int status = 0;
     defineArchiveCommands(app, arguments, status);
     defineImageCommands(app, arguments, status);
+    if (argc < 2) {
+        std::cerr << app.help();
+        return 1;
+    }
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
