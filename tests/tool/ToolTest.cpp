@@ -369,3 +369,52 @@ TEST_F(Tool, CommandLineWithoutACommandShowsUsage)
     EXPECT_EQ(help.status, 0);
     EXPECT_NE(help.out.find("--palette"), std::string::npos);
 }
+
+// APP_PICS[0] takes its colours from entry 1 of INFO, another archive; the
+// folder's file names are in any case.
+TEST_F(Tool, PaletteSourcesAreFoundInOtherArchivesWhateverTheCaseOfTheirNames)
+{
+    const std::string parts = dir.path("parts"), game = dir.path("game");
+    ASSERT_EQ(lbx({"extract", sample("CONFIRM.LBX"), "-o", parts}).status, 0);
+    std::filesystem::create_directories(game);
+    ASSERT_EQ(lbx({"create", game + "/info.lbx", parts + "/CONFIRM_001.graphic", parts + "/CONFIRM_000.graphic"}).status,
+              0);
+    ASSERT_EQ(lbx({"create", game + "/App_Pics.lbx", parts + "/CONFIRM_001.graphic"}).status, 0);
+
+    const Outcome run = lbx({"export", game + "/App_Pics.lbx", "-o", dir.path("out")});
+    ASSERT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    File confirm(sample("CONFIRM.LBX"));
+    Content::Graphic* button = confirm[1]->graphic();
+    PaletteArray palette = expectedPalette(confirm[0], button);
+    button->setPalette(palette.get());
+    expectFrames(button, dir.path("out"), "App_Pics_000");
+    button->setPalette(nullptr);
+}
+
+TEST_F(Tool, ExportTakesOnlyTheEntriesNamedAndTheGalleryGathersEveryArchive)
+{
+    const std::string out = dir.path("out");
+    ASSERT_EQ(lbx({"export", sample("FONTS.LBX"), "0", "-o", out, "--html"}).status, 0);
+    ASSERT_EQ(lbx({"export", sample("STARNAME.LBX"), "-o", out, "--html"}).status, 0);
+    ASSERT_EQ(lbx({"export", sample("FONTS.LBX"), "0", "-o", out, "--html"}).status, 0);
+    EXPECT_FALSE(std::filesystem::exists(out + "/FONTS_001_0.png"));
+    const std::string metrics = readFile(out + "/FONTS_000_metrics.txt");
+    EXPECT_NE(metrics.find("\nfont 0 height 8 widths 0 0 "), std::string::npos);
+    EXPECT_NE(metrics.find("\nfont 5 height 9 widths "), std::string::npos);
+    const std::string page = readFile(out + "/index.html");
+    EXPECT_EQ(page.find("<h2>" + sample("FONTS.LBX") + "</h2>"), page.rfind("<h2>" + sample("FONTS.LBX") + "</h2>"));
+    EXPECT_NE(page.find("<h2>" + sample("STARNAME.LBX") + "</h2>"), std::string::npos);
+}
+
+TEST_F(Tool, ImportReplacesAnEntryAndLeavesNothingBehind)
+{
+    const std::string inbox = sample("INBOX.LBX"), out = dir.path("out");
+    ASSERT_EQ(lbx({"export", inbox, "0", "-o", out}).status, 0);
+    ASSERT_EQ(lbx({"import", inbox, "-i", "1", out + "/INBOX_000_0.png"}).status, 0);
+    File changed(inbox);
+    ASSERT_EQ(changed.size(), 2u);
+    EXPECT_EQ(changed[1]->info(), changed[0]->info());
+    for (const auto& file : std::filesystem::directory_iterator(dir.path("sample")))
+        EXPECT_EQ(file.path().extension(), ".LBX") << file.path();
+}
