@@ -10,7 +10,6 @@
 #include "tools/Support.h"
 
 #include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <stdexcept>
 
@@ -151,10 +150,7 @@ private:
 
     std::string textFile(const std::string& name, const std::string& text)
     {
-        std::ofstream out(pathOf(name), std::ios::binary | std::ios::trunc);
-        out << text;
-        if (!out.good())
-            throw std::runtime_error("could not write to '" + pathOf(name) + "'");
+        writeText(pathOf(name), text);
         ++written;
         return name;
     }

@@ -74,16 +74,6 @@ std::string readWhole(const fs::path& path)
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-void writeWhole(const std::string& path, const std::string& text)
-{
-    writeAtomically(path, [&text](const std::string& temporary) {
-        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
-        out << text;
-        if (!out.good())
-            throw std::runtime_error("could not write to '" + temporary + "'");
-    });
-}
-
 std::string images(const GalleryEntry& entry)
 {
     std::ostringstream html;
@@ -136,7 +126,7 @@ std::string Gallery::part()
 
 std::string Gallery::write(const std::string& folder, const std::string& stem)
 {
-    writeWhole((fs::path(folder) / (stem + PART_SUFFIX)).string(), part());
+    writeText((fs::path(folder) / (stem + PART_SUFFIX)).string(), part());
     std::vector<fs::path> parts;
     for (const fs::directory_entry& file : fs::directory_iterator(folder)) {
         const std::string name = file.path().filename().string();
@@ -150,7 +140,7 @@ std::string Gallery::write(const std::string& folder, const std::string& stem)
         page += readWhole(path);
     page += PAGE_TAIL;
     const std::string index = (fs::path(folder) / "index.html").string();
-    writeWhole(index, page);
+    writeText(index, page);
     return index;
 }
 

@@ -33,7 +33,7 @@ void savePng(const std::string& path, const unsigned char* rgba, unsigned int wi
     if (error != 0)
         throw std::runtime_error("could not encode '" + path + "' (" + lodepng_error_text(error) + ")");
     if (lodepng::save_file(png, path) != 0)
-        throw std::runtime_error("could not write to '" + path + "'");
+        throw cannotWrite(path);
 }
 
 Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height)

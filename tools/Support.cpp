@@ -6,6 +6,7 @@
 #include <cctype>
 #include <cstdint>
 #include <filesystem>
+#include <fstream>
 #include <iomanip>
 #include <iostream>
 #include <set>
@@ -18,8 +19,8 @@ namespace lbxtool {
 
 namespace {
 
-// The budget bounds what one graphic's frames may
-// take, far above any picture of the game and far below a hostile header.
+// What one graphic's decoded frames may take: far above any picture of the
+// game, far below what a hostile header can ask for.
 constexpr std::uint64_t DECODE_BUDGET = 256ull * 1024 * 1024;
 
 std::string upper(std::string text)
@@ -29,12 +30,12 @@ std::string upper(std::string text)
     return text;
 }
 
+} // namespace
+
 std::runtime_error cannotWrite(const std::string& path)
 {
     return std::runtime_error("could not write to '" + path + "'");
 }
-
-} // namespace
 
 unsigned short coloursFilled(const unsigned char* palette)
 {
@@ -141,6 +142,16 @@ void writeAtomically(const std::string& target, const std::function<void(const s
         fs::remove(temporary, ignored);
         throw cannotWrite(target);
     }
+}
+
+void writeText(const std::string& path, const std::string& text)
+{
+    writeAtomically(path, [&text](const std::string& temporary) {
+        std::ofstream out(temporary, std::ios::binary | std::ios::trunc);
+        out << text;
+        if (!out.good())
+            throw cannotWrite(temporary);
+    });
 }
 
 void storeEntry(const std::string& path, unsigned int index, std::unique_ptr<Content> entry)

@@ -6,6 +6,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -37,6 +38,9 @@ unsigned short coloursFilled(const unsigned char* palette);
 void reportError(const std::string& message);
 // One line on stderr, printed once however often it comes up.
 void warn(const std::string& message);
+
+// The one text for a file that could not be written.
+std::runtime_error cannotWrite(const std::string& path);
 
 // Refuses a path that exists but is no regular file; a missing or unreadable
 // one is left to the library, whose messages name it.
@@ -71,6 +75,9 @@ void makeFolder(const std::string& folder);
 // the target. On any failure the temporary file goes and the target stays
 // as it was.
 void writeAtomically(const std::string& target, const std::function<void(const std::string&)>& writer);
+
+// Writes `text` as it stands, through writeAtomically.
+void writeText(const std::string& path, const std::string& text);
 
 // Puts `entry` into the archive at `path`, replacing entry `index`, or
 // appending it when `index` is the entry count, and rewrites the archive.
