@@ -159,8 +159,7 @@ int extract(const std::string& archive, const std::vector<unsigned int>& indices
     const std::string stem = safeStem(archive);
     for (unsigned int index : selected) {
         Content* entry = file[index];
-        const std::string suffix = entry->type() == Content::SOUND ? ".wav" : "." + entry->typeStr();
-        entry->write((fs::path(folder) / entryFileName(stem, index, suffix)).string());
+        entry->write((fs::path(folder) / entryFileName(stem, index, entrySuffix(entry))).string());
     }
     std::cout << "extracted " << selected.size() << " entries from " << archive << " to " << folder << '\n';
     return 0;

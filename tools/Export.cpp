@@ -22,6 +22,19 @@ namespace {
 constexpr unsigned int SWATCH_SIDE = 16;
 constexpr unsigned int PREVIEW_LINES = 24;
 
+// Lends a palette to a graphic while its frames are decoded; the graphic
+// must not go on pointing at it once the palette is gone.
+class LentPalette {
+public:
+    LentPalette(Content::Graphic* graphic, unsigned char* palette) : graphic(graphic) { graphic->setPalette(palette); }
+    ~LentPalette() { graphic->setPalette(nullptr); }
+    LentPalette(const LentPalette&) = delete;
+    LentPalette& operator=(const LentPalette&) = delete;
+
+private:
+    Content::Graphic* graphic;
+};
+
 // Writes the files of one entry and tells the gallery about them.
 class EntryExporter {
 public:
@@ -86,18 +99,11 @@ private:
         }
         if (graphic->width() == 0 || graphic->height() == 0)
             return; // frames without pixels make no picture
-        graphic->setPalette(palette.get());
-        try {
-            std::vector<const unsigned char*> decoded;
-            for (unsigned int f = 0; f < graphic->frames(); ++f)
-                decoded.push_back(graphic->frame(f));
-            frames(index, decoded, graphic->width(), graphic->height(), shown);
-        } catch (...) {
-            graphic->setPalette(nullptr);
-            throw;
-        }
-        // The palette dies here; the graphic must not keep pointing at it.
-        graphic->setPalette(nullptr);
+        const LentPalette lent(graphic, palette.get());
+        std::vector<const unsigned char*> decoded;
+        for (unsigned int f = 0; f < graphic->frames(); ++f)
+            decoded.push_back(graphic->frame(f));
+        frames(index, decoded, graphic->width(), graphic->height(), shown);
     }
 
     // A graphic of no frames holds only colours: shown as 16 × 16 squares.
@@ -117,14 +123,13 @@ private:
     // One string a line, its bytes as they stand.
     void text(unsigned int index, Content::Text* table, GalleryEntry& shown)
     {
-        std::string lines;
+        std::string lines, preview;
         for (unsigned int i = 0; i < table->size(); ++i) {
             lines += table->get(i) + '\n';
             if (i + 1 == PREVIEW_LINES)
-                shown.preview = lines + "...";
+                preview = lines + "...";
         }
-        if (shown.preview.empty())
-            shown.preview = lines;
+        shown.preview = table->size() > PREVIEW_LINES ? preview : lines;
         shown.file = textFile(entryFileName(stem, index, ".txt"), lines);
     }
 
@@ -142,7 +147,7 @@ private:
 
     void sound(unsigned int index, Content* entry, GalleryEntry& shown)
     {
-        shown.file = entryFileName(stem, index, ".wav");
+        shown.file = entryFileName(stem, index, entrySuffix(entry));
         entry->write(pathOf(shown.file));
         shown.sound = true;
         ++written;

@@ -105,6 +105,11 @@ std::string entryFileName(const std::string& stem, unsigned int index, const std
     return name.str();
 }
 
+std::string entrySuffix(Content* entry)
+{
+    return entry->type() == Content::SOUND ? ".wav" : "." + entry->typeStr();
+}
+
 std::string entryName(const std::string& archive, unsigned int index)
 {
     return archive + "[" + std::to_string(index) + "]";

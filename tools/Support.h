@@ -60,6 +60,10 @@ std::string safeStem(const std::string& path);
 // "STEM_007.suffix": the name of a file made from entry `index`.
 std::string entryFileName(const std::string& stem, unsigned int index, const std::string& suffix);
 
+// The ending of a file that holds an entry's bytes: a sound is a WAVE file,
+// anything else is named after its kind.
+std::string entrySuffix(Content* entry);
+
 // The name by which an entry of an archive shows in messages, as the library
 // names it.
 std::string entryName(const std::string& archive, unsigned int index);
