@@ -10,7 +10,9 @@
 #include "tools/Support.h"
 
 #include <filesystem>
+#include <iomanip>
 #include <iostream>
+#include <sstream>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -72,9 +74,13 @@ private:
         return name;
     }
 
+    // Frame numbers are padded like entry numbers, so that the frames of an
+    // entry sort, and glob, in their order.
     std::string frameName(unsigned int index, unsigned int frame)
     {
-        return entryFileName(stem, index, "_" + std::to_string(frame) + ".png");
+        std::ostringstream name;
+        name << '_' << std::setw(3) << std::setfill('0') << frame << ".png";
+        return entryFileName(stem, index, name.str());
     }
 
     void frames(unsigned int index, const std::vector<const unsigned char*>& decoded, unsigned int width,

@@ -19,6 +19,12 @@ using namespace fixtures;
 
 namespace {
 
+std::string frameFile(const std::string& folder, const std::string& stem, unsigned int frame)
+{
+    const std::string number = std::to_string(frame);
+    return folder + "/" + stem + "_" + std::string(3 - number.size(), '0') + number + ".png";
+}
+
 using PaletteArray = std::unique_ptr<unsigned char[]>;
 
 struct Outcome {
@@ -97,7 +103,7 @@ void expectFrames(Content::Graphic* graphic, const std::string& folder, const st
 {
     const std::size_t bytes = std::size_t(graphic->width()) * graphic->height() * 4;
     for (unsigned int f = 0; f < graphic->frames(); ++f)
-        EXPECT_EQ(decodePng(folder + "/" + stem + "_" + std::to_string(f) + ".png"),
+        EXPECT_EQ(decodePng(frameFile(folder, stem, f)),
                   std::vector<unsigned char>(graphic->frame(f), graphic->frame(f) + bytes))
             << stem << " frame " << f;
 }
@@ -180,12 +186,12 @@ TEST_F(Tool, ExportedFramesAreTheLibrarysFramesInTheGamesColours)
     }
     Content::Cursor* cursor = fonts[1]->cursor();
     for (unsigned int f = 0; f < 20; ++f)
-        EXPECT_EQ(decodePng(out + "/FONTS_001_" + std::to_string(f) + ".png"),
+        EXPECT_EQ(decodePng(frameFile(out, "FONTS_001", f)),
                   std::vector<unsigned char>(cursor->get(f), cursor->get(f) + 24 * 24 * 4));
 
     EXPECT_EQ(readFile(out + "/STARNAME_000.txt"), "Sol\nVega\nRigel\nDeneb\nAltair\nMira\nAntares\nPolaris\n");
     const std::string page = readFile(out + "/index.html");
-    for (const char* shown : {"INBOX.LBX[1]", "INBOX_001_7.png", "data-frames", "SPHERSFX_000.wav", "FONTS_000_metrics.txt"})
+    for (const char* shown : {"INBOX.LBX[1]", "INBOX_001_007.png", "data-frames", "SPHERSFX_000.wav", "FONTS_000_metrics.txt"})
         EXPECT_NE(page.find(shown), std::string::npos) << shown;
 }
 
@@ -226,7 +232,7 @@ TEST_F(Tool, ImportRoundTripsFramesThroughANamedOrABuiltPalette)
     ASSERT_EQ(lbx({"export", inbox, "1", "-o", out}).status, 0);
     std::vector<std::string> frames;
     for (int f = 0; f < 8; ++f)
-        frames.push_back(out + "/INBOX_001_" + std::to_string(f) + ".png");
+        frames.push_back(frameFile(out, "INBOX_001", f));
 
     std::vector<std::string> named = {"import", dir.path("ball.graphic"), "-p", sample("FONTS.LBX") + ":1", "--flags",
                                       "loop"};
@@ -398,7 +404,7 @@ TEST_F(Tool, ExportTakesOnlyTheEntriesNamedAndTheGalleryGathersEveryArchive)
     ASSERT_EQ(lbx({"export", sample("FONTS.LBX"), "0", "-o", out, "--html"}).status, 0);
     ASSERT_EQ(lbx({"export", sample("STARNAME.LBX"), "-o", out, "--html"}).status, 0);
     ASSERT_EQ(lbx({"export", sample("FONTS.LBX"), "0", "-o", out, "--html"}).status, 0);
-    EXPECT_FALSE(std::filesystem::exists(out + "/FONTS_001_0.png"));
+    EXPECT_FALSE(std::filesystem::exists(frameFile(out, "FONTS_001", 0)));
     const std::string metrics = readFile(out + "/FONTS_000_metrics.txt");
     EXPECT_NE(metrics.find("\nfont 0 height 8 widths 0 0 "), std::string::npos);
     EXPECT_NE(metrics.find("\nfont 5 height 9 widths "), std::string::npos);
@@ -411,7 +417,7 @@ TEST_F(Tool, ImportReplacesAnEntryAndLeavesNothingBehind)
 {
     const std::string inbox = sample("INBOX.LBX"), out = dir.path("out");
     ASSERT_EQ(lbx({"export", inbox, "0", "-o", out}).status, 0);
-    ASSERT_EQ(lbx({"import", inbox, "-i", "1", out + "/INBOX_000_0.png"}).status, 0);
+    ASSERT_EQ(lbx({"import", inbox, "-i", "1", frameFile(out, "INBOX_000", 0)}).status, 0);
     File changed(inbox);
     ASSERT_EQ(changed.size(), 2u);
     EXPECT_EQ(changed[1]->info(), changed[0]->info());
