@@ -1,0 +1,177 @@
+#include "Benchmarks.h"
+#include "Table.h"
+
+#include "archive/File.h"
+
+#include <benchmark/benchmark.h>
+
+#include <fstream>
+#include <map>
+#include <memory>
+
+namespace bench {
+
+using zorv2::Lbx::Content;
+using zorv2::Lbx::File;
+
+namespace {
+
+// Three archive sizes show how opening grows; the full one has every entry
+// an archive can hold.
+constexpr unsigned int ARCHIVE_SIZES[] = {127, 254, 509};
+constexpr unsigned int SMALL_ARCHIVE = 16;
+constexpr unsigned int FULL_ARCHIVE = 509;
+// A cursor, present in both archives that File::at is measured on.
+constexpr unsigned int PROBED_ENTRY = 9;
+
+struct Archive {
+    std::string path;
+    unsigned int entries;
+    std::int64_t bytes;
+    std::vector<unsigned int> offsets;
+};
+
+// The archives measured, each written on first use from one set of entries,
+// so that a filtered run makes only what it measures.
+class Archives {
+public:
+    explicit Archives(const TempDir& dir) : dir(dir) {}
+
+    const Archive& get(unsigned int entries)
+    {
+        auto found = written.find(entries);
+        if (found == written.end())
+            found = written.emplace(entries, write(entries)).first;
+        return found->second;
+    }
+
+private:
+    Archive write(unsigned int entries)
+    {
+        if (!mixed) {
+            mixed = std::make_unique<File>();
+            for (unsigned int i = 0; i < FULL_ARCHIVE; ++i)
+                mixed->push_back(archiveEntry(i).release());
+        }
+        File archive;
+        for (unsigned int i = 0; i < entries; ++i)
+            archive.push_back(new Content(*mixed->at(i)));
+        Archive written{dir.file("mixed-" + std::to_string(entries) + ".lbx"), entries, 0, {}};
+        archive.write(written.path);
+        File::header(written.path, nullptr, &written.offsets, nullptr);
+        written.bytes = written.offsets.back();
+        return written;
+    }
+
+    const TempDir& dir;
+    std::unique_ptr<File> mixed;
+    std::map<unsigned int, Archive> written;
+};
+
+std::string openName(unsigned int entries)
+{
+    return "File open+classify, " + std::to_string(entries) + " entries";
+}
+
+std::string wholeFileName(unsigned int entries)
+{
+    return "ifstream whole file, " + std::to_string(entries) + " entries";
+}
+
+std::string atName(unsigned int entries)
+{
+    return "File::at(path, i), " + std::to_string(entries) + " entries";
+}
+
+std::string entryReadName(unsigned int entries)
+{
+    return "ifstream one entry, " + std::to_string(entries) + " entries";
+}
+
+// What any reader of the archive has to do at least: get all its bytes.
+void readWholeFile(benchmark::State& state, const Archive& archive)
+{
+    for (auto _ : state) {
+        std::ifstream in(archive.path, std::ios::binary | std::ios::ate);
+        const auto size = static_cast<std::size_t>(in.tellg());
+        std::unique_ptr<char[]> bytes(new char[size]);
+        in.seekg(0);
+        in.read(bytes.get(), static_cast<std::streamsize>(size));
+        benchmark::DoNotOptimize(bytes.get());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * archive.bytes);
+    state.SetItemsProcessed(state.iterations() * archive.entries);
+}
+
+void openArchive(benchmark::State& state, const Archive& archive)
+{
+    for (auto _ : state) {
+        File file(archive.path);
+        benchmark::DoNotOptimize(file.size());
+    }
+    state.SetBytesProcessed(state.iterations() * archive.bytes);
+    state.SetItemsProcessed(state.iterations() * archive.entries);
+}
+
+void readOneEntry(benchmark::State& state, const Archive& archive)
+{
+    const unsigned int begin = archive.offsets[PROBED_ENTRY];
+    const unsigned int length = archive.offsets[PROBED_ENTRY + 1] - begin;
+    for (auto _ : state) {
+        std::ifstream in(archive.path, std::ios::binary);
+        std::unique_ptr<char[]> bytes(new char[length]);
+        in.seekg(begin);
+        in.read(bytes.get(), length);
+        benchmark::DoNotOptimize(bytes.get());
+        benchmark::ClobberMemory();
+    }
+    state.SetBytesProcessed(state.iterations() * length);
+    state.SetItemsProcessed(state.iterations());
+}
+
+void atOneEntry(benchmark::State& state, const Archive& archive)
+{
+    const unsigned int length = archive.offsets[PROBED_ENTRY + 1] - archive.offsets[PROBED_ENTRY];
+    for (auto _ : state) {
+        std::unique_ptr<Content> entry(File::at(archive.path, PROBED_ENTRY));
+        benchmark::DoNotOptimize(entry->type());
+    }
+    state.SetBytesProcessed(state.iterations() * length);
+    state.SetItemsProcessed(state.iterations());
+}
+
+using Body = void (*)(benchmark::State&, const Archive&);
+
+void add(const std::string& name, std::shared_ptr<Archives> archives, unsigned int entries, Body body)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [archives, entries, body](benchmark::State& state) {
+        body(state, archives->get(entries));
+    })->UseRealTime();
+}
+
+} // namespace
+
+void registerArchive(const TempDir& dir)
+{
+    auto archives = std::make_shared<Archives>(dir);
+    for (unsigned int entries : ARCHIVE_SIZES) {
+        add(wholeFileName(entries), archives, entries, readWholeFile);
+        add(openName(entries), archives, entries, openArchive);
+        addRow(wholeFileName(entries), "", Measure::TIME);
+        // Opening reads and classifies every entry; it should cost little
+        // more than getting the bytes at all.
+        addRow(openName(entries), wholeFileName(entries), Measure::TIME, entries == FULL_ARCHIVE ? 1.3 : 0);
+    }
+
+    for (unsigned int entries : {SMALL_ARCHIVE, FULL_ARCHIVE}) {
+        add(entryReadName(entries), archives, entries, readOneEntry);
+        add(atName(entries), archives, entries, atOneEntry);
+        addRow(entryReadName(entries), "", Measure::TIME);
+        addRow(atName(entries), entryReadName(entries), Measure::TIME);
+    }
+    // Reading one entry must not cost more for the other entries around it.
+    addRow(atName(FULL_ARCHIVE), atName(SMALL_ARCHIVE), Measure::TIME, 1.3);
+}
+
+} // namespace bench

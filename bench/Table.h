@@ -1,0 +1,56 @@
+#ifndef ZORV2_LBX_BENCH_TABLE_H
+#define ZORV2_LBX_BENCH_TABLE_H
+
+#include <benchmark/benchmark.h>
+
+#include <map>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+// How a row is held against its baseline: by the time one iteration takes,
+// or by the throughput (items, else bytes, per second) over the same work.
+enum class Measure { TIME, SPEED };
+
+// One line of the table. `baseline` names another benchmark of the same run;
+// `limit` is the target on the ratio (an upper bound for TIME, a lower bound
+// for SPEED), 0 when the row only shows its ratio.
+struct Row {
+    std::string name;
+    std::string baseline;
+    Measure measure;
+    double limit;
+};
+
+// The rows in table order; each benchmark file appends its own.
+std::vector<Row>& rows();
+void addRow(std::string name, std::string baseline, Measure measure, double limit = 0);
+
+// Keeps the measurements of the run (the median when there are repetitions)
+// and reports progress on stderr, so that stdout carries only the table.
+class TableReporter : public benchmark::BenchmarkReporter {
+public:
+    bool ReportContext(const Context& context) override;
+    void ReportRuns(const std::vector<Run>& runs) override;
+
+    // Prints the table and the closing "targets met" line; true when every
+    // target was met.
+    bool printTable(std::ostream& out);
+
+private:
+    struct Result {
+        double seconds;
+        double bytesPerSecond;
+        double itemsPerSecond;
+    };
+
+    const Result* find(const std::string& name);
+    double ratio(const Row& row, const Result& result, const Result& base);
+
+    std::map<std::string, Result> results;
+};
+
+} // namespace bench
+
+#endif

@@ -1,0 +1,290 @@
+#include "Workloads.h"
+
+#include "entry/Write.h"
+#include "images/Cursor.h"
+#include "images/Font.h"
+#include "kinds/Empty.h"
+#include "kinds/Text.h"
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <stdexcept>
+
+namespace bench {
+
+using zorv2::Lbx::Content;
+
+namespace {
+
+constexpr unsigned int COLORS = 256;
+constexpr unsigned int PIXEL_SIZE = 4;
+constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
+constexpr unsigned char OPAQUE = 255;
+
+// Scene indices: the background keeps to 1..120, the moving disc to 200..207.
+constexpr unsigned int DISC_COLOR = 200;
+constexpr unsigned int DISC_RINGS = 8;
+
+// A cursor is 20 frames of 24 x 24 pixels.
+constexpr unsigned int CURSOR_FRAMES = 20;
+constexpr unsigned int CURSOR_SIDE = 24;
+
+// Record entries are recognised by their size and head alone.
+constexpr unsigned int LEADER_SIZE = 3957;
+constexpr unsigned int RACE_SIZE = 407;
+constexpr unsigned int ABCOST_SIZE = 56;
+constexpr unsigned int ABCOST_ZERO_TAIL = 4;
+
+constexpr unsigned int FONT_COUNT = 6;
+constexpr unsigned int GLYPH_COUNT = FONT_COUNT * 256;
+
+unsigned int backgroundIndex(unsigned int x, unsigned int y)
+{
+    return 1 + ((x / 4 + y / 4) % 15) * 8 + ((x ^ y) & 7);
+}
+
+void paint(Bytes& rgba, std::size_t pixel, const Bytes& palette, unsigned int index)
+{
+    for (unsigned int byte = 0; byte < PIXEL_SIZE; ++byte)
+        rgba[pixel * PIXEL_SIZE + byte] = palette[index * PIXEL_SIZE + byte];
+}
+
+void pointAt(Frames& frames)
+{
+    for (Bytes& frame : frames.rgba)
+        frames.pointers.push_back(frame.data());
+}
+
+void put2(std::string& bytes, unsigned int value)
+{
+    bytes += static_cast<char>(value & 0xFF);
+    bytes += static_cast<char>((value >> 8) & 0xFF);
+}
+
+void put4(std::string& bytes, unsigned int value)
+{
+    put2(bytes, value & 0xFFFF);
+    put2(bytes, value >> 16);
+}
+
+std::unique_ptr<Content> entryOf(const std::string& bytes)
+{
+    std::unique_ptr<char[]> block(new char[bytes.size()]);
+    std::copy(bytes.begin(), bytes.end(), block.get());
+    std::unique_ptr<Content> content(new Content("bench", block.get(), static_cast<unsigned int>(bytes.size())));
+    block.release();
+    return content;
+}
+
+// Filler that no earlier kind of the chain takes for its own: its 16-bit word
+// at offset 4 is never 0, so it is no graphic either.
+std::string patterned(unsigned int size, unsigned int seed)
+{
+    std::string bytes(size, '\0');
+    for (unsigned int i = 0; i < size; ++i)
+        bytes[i] = static_cast<char>(1 + (i * 13 + seed) % 127);
+    return bytes;
+}
+
+// An 8-bit mono PCM file of `samples` samples.
+std::unique_ptr<Content> soundEntry(unsigned int samples)
+{
+    std::string bytes = "RIFF";
+    put4(bytes, 36 + samples);
+    bytes += "WAVEfmt ";
+    put4(bytes, 16);
+    put2(bytes, 1);      // PCM
+    put2(bytes, 1);      // mono
+    put4(bytes, 11025);  // samples per second
+    put4(bytes, 11025);  // bytes per second
+    put2(bytes, 1);      // block alignment
+    put2(bytes, 8);      // bits per sample
+    bytes += "data";
+    put4(bytes, samples);
+    for (unsigned int i = 0; i < samples; ++i)
+        bytes += static_cast<char>(128 + ((i * 7) % 64) - 32);
+    return entryOf(bytes);
+}
+
+std::unique_ptr<Content> recordEntry(unsigned int round)
+{
+    switch (round % 3) {
+    case 0: return entryOf(patterned(LEADER_SIZE, round));
+    case 1: {
+        std::string race;
+        put2(race, 13);
+        put2(race, 31);
+        return entryOf(race + patterned(RACE_SIZE - 4, round));
+    }
+    default: return entryOf(patterned(ABCOST_SIZE - ABCOST_ZERO_TAIL, round) + std::string(ABCOST_ZERO_TAIL, '\0'));
+    }
+}
+
+std::unique_ptr<Content> fontEntry(unsigned int round)
+{
+    unsigned short heights[FONT_COUNT];
+    unsigned char widths[GLYPH_COUNT];
+    for (unsigned int f = 0; f < FONT_COUNT; ++f)
+        heights[f] = static_cast<unsigned short>(6 + 2 * f + round % 3);
+    for (unsigned int g = 0; g < GLYPH_COUNT; ++g)
+        widths[g] = static_cast<unsigned char>(3 + g % 7);
+    unsigned char* glyphs[GLYPH_COUNT] = {};
+    Bytes palette = scenePalette();
+    return std::unique_ptr<Content>(Content::Font::create(palette.data(), heights, widths, glyphs));
+}
+
+std::unique_ptr<Content> textEntry(unsigned int count)
+{
+    std::vector<std::string> strings = messageStrings(count);
+    return std::unique_ptr<Content>(Content::Text::create(strings));
+}
+
+std::unique_ptr<Content> cursorEntry()
+{
+    Frames frames = cursorFrames();
+    Bytes palette = scenePalette();
+    return std::unique_ptr<Content>(Content::Cursor::create(palette.data(), frames.pointers.data()));
+}
+
+// Stands in for the graphics of the rotation, with bytes of their sizes.
+std::unique_ptr<Content> graphicEntry(unsigned int slot, unsigned int round)
+{
+    return soundEntry(40000 + 20000 * slot + round % 1000);
+}
+
+} // namespace
+
+Bytes scenePalette()
+{
+    Bytes palette(COLORS * PIXEL_SIZE);
+    for (unsigned int i = 0; i < COLORS; ++i) {
+        unsigned char* entry = palette.data() + i * PIXEL_SIZE;
+        entry[RED] = static_cast<unsigned char>((i % 64) * 4);
+        entry[GREEN] = static_cast<unsigned char>((i / 64) * 64 + 8);
+        entry[BLUE] = static_cast<unsigned char>(((i * 37) % 64) * 4);
+        entry[ALPHA] = OPAQUE;
+    }
+    return palette;
+}
+
+const char* codingName(Coding coding)
+{
+    switch (coding) {
+    case Coding::DELTA: return "delta";
+    case Coding::CLEAR: return "clear";
+    default: return "raw";
+    }
+}
+
+Frames sceneFrames(unsigned short width, unsigned short height, unsigned short count)
+{
+    const Bytes palette = scenePalette();
+    Frames frames{width, height, {}, {}};
+    const int radius = height / 8 + 1;
+    for (unsigned int f = 0; f < count; ++f) {
+        Bytes rgba(std::size_t{width} * height * PIXEL_SIZE);
+        const int centreX = width / 4 + static_cast<int>((f * 3) % (width / 2 + 1));
+        const int centreY = height / 2;
+        for (int y = 0; y < height; ++y) {
+            for (int x = 0; x < width; ++x) {
+                const int dx = x - centreX, dy = y - centreY;
+                const int distance2 = dx * dx + dy * dy;
+                unsigned int index = backgroundIndex(x, y);
+                if (distance2 < radius * radius)
+                    index = DISC_COLOR + static_cast<unsigned int>(distance2 * DISC_RINGS / (radius * radius));
+                paint(rgba, std::size_t{static_cast<unsigned int>(y)} * width + x, palette, index);
+            }
+        }
+        frames.rgba.push_back(std::move(rgba));
+    }
+    pointAt(frames);
+    return frames;
+}
+
+std::vector<std::string> messageStrings(unsigned int count)
+{
+    static const char* const words[] = {"the", "fleet", "colony", "reports", "of", "new", "ships", "near", "star"};
+    std::vector<std::string> strings;
+    strings.reserve(count);
+    for (unsigned int i = 0; i < count; ++i) {
+        const std::size_t length = 3 + (i * 29) % 88;
+        std::string text = std::to_string(i);
+        for (unsigned int w = i; text.size() < length; ++w)
+            text += std::string(" ") + words[w % std::size(words)];
+        text.resize(length);
+        strings.push_back(text);
+    }
+    return strings;
+}
+
+Frames cursorFrames()
+{
+    const Bytes palette = scenePalette();
+    Frames frames{CURSOR_SIDE, CURSOR_SIDE, {}, {}};
+    for (unsigned int f = 0; f < CURSOR_FRAMES; ++f) {
+        Bytes rgba(CURSOR_SIDE * CURSOR_SIDE * PIXEL_SIZE, 0);
+        for (unsigned int y = 0; y < CURSOR_SIDE; ++y)
+            for (unsigned int x = 0; x <= y && x + y / 2 < CURSOR_SIDE; ++x)
+                paint(rgba, y * CURSOR_SIDE + x, palette, 1 + (x + y + f) % 250);
+        frames.rgba.push_back(std::move(rgba));
+    }
+    pointAt(frames);
+    return frames;
+}
+
+std::unique_ptr<Content> archiveEntry(unsigned int index)
+{
+    // Twenty slots, repeated: eight graphics of different shapes, two
+    // cursors, five text tables, a font, two sounds, a record, an empty entry.
+    const unsigned int slot = index % 20;
+    const unsigned int round = index / 20;
+    if (slot < 8)
+        return graphicEntry(slot, round);
+    switch (slot) {
+    case 8:
+    case 9: return cursorEntry();
+    case 10:
+    case 11:
+    case 12:
+    case 13: return textEntry(20 + (index * 37) % 400);
+    case 14: return fontEntry(round);
+    case 15:
+    case 16: return soundEntry(20000 + (index * 997) % 60000);
+    case 17: return recordEntry(round);
+    case 18: return std::unique_ptr<Content>(Content::Empty::create(round % 2 == 0));
+    default: return textEntry(1000);
+    }
+}
+
+TempDir::TempDir()
+{
+    std::string pattern = (std::filesystem::temp_directory_path() / "zorv2-lbx-bench-XXXXXX").string();
+    if (!mkdtemp(pattern.data()))
+        throw std::runtime_error("cannot make a temporary directory");
+    path = pattern;
+}
+
+TempDir::~TempDir()
+{
+    std::error_code ignored;
+    std::filesystem::remove_all(path, ignored);
+}
+
+std::string TempDir::file(const std::string& name) const
+{
+    return (std::filesystem::path(path) / name).string();
+}
+
+PaletteLoop::PaletteLoop(const Bytes& palette)
+{
+    std::memcpy(table, palette.data(), sizeof table);
+}
+
+void PaletteLoop::map(const unsigned char* indices, std::size_t count, std::uint32_t* rgba)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        rgba[i] = table[indices[i]];
+}
+
+} // namespace bench

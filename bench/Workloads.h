@@ -1,0 +1,72 @@
+#ifndef ZORV2_LBX_BENCH_WORKLOADS_H
+#define ZORV2_LBX_BENCH_WORKLOADS_H
+
+#include "entry/Content.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+// Everything the benchmarks work on is made by the library itself, from
+// pixels, strings and record bytes generated here; nothing is read from
+// outside.
+namespace bench {
+
+using Bytes = std::vector<unsigned char>;
+
+// A palette array of 256 distinct opaque colours, all multiples of 4.
+Bytes scenePalette();
+
+// How an animation's frames are stored.
+enum class Coding { DELTA, CLEAR, RAW };
+const char* codingName(Coding coding);
+
+// RGBA frames of a scene: a textured background with a disc moving across
+// it, so that each frame differs from its predecessor in a small region.
+struct Frames {
+    unsigned short width;
+    unsigned short height;
+    std::vector<Bytes> rgba;
+    std::vector<unsigned char*> pointers;
+};
+Frames sceneFrames(unsigned short width, unsigned short height, unsigned short count);
+
+// `count` strings of 3 to 90 bytes, as a game's message tables hold them.
+std::vector<std::string> messageStrings(unsigned int count);
+
+// The 20 frames of a cursor in the scene palette, an arrow over transparency.
+Frames cursorFrames();
+
+// Entry `index` of the mixed archive: graphics, cursors, text tables, fonts,
+// sounds, fixed records and empty entries in a fixed rotation.
+std::unique_ptr<zorv2::Lbx::Content> archiveEntry(unsigned int index);
+
+// A directory of its own under the system's temporary directory, removed
+// with everything in it when the object goes.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+    std::string file(const std::string& name) const;
+
+private:
+    std::string path;
+};
+
+// The floor of every palette image decoder: each index byte mapped through
+// a table of 256 four-byte colours, nothing else.
+class PaletteLoop {
+public:
+    explicit PaletteLoop(const Bytes& palette);
+    void map(const unsigned char* indices, std::size_t count, std::uint32_t* rgba);
+
+private:
+    std::uint32_t table[256];
+};
+
+} // namespace bench
+
+#endif
