@@ -33,45 +33,49 @@ void Content::Write::add(Write& other)
     add(block.get(), other.size());
 }
 
+// The labelled forms pass their label on by reference: it is read only when
+// a field differs from the reference, and each field costs one string at the
+// call and no more.
 void Content::Write::add1(std::string label, unsigned char value, bool compare)
 {
-    if (compare && reference)
-        compareField(label, value, 1);
-    bytes.push_back(static_cast<char>(value));
+    append(label, value, 1, compare);
 }
 
 void Content::Write::add2(std::string label, unsigned short value, bool compare)
 {
-    if (compare && reference)
-        compareField(label, value, 2);
-    bytes.push_back(static_cast<char>(value & 0xFF));
-    bytes.push_back(static_cast<char>(value >> 8));
+    append(label, value, 2, compare);
 }
 
 void Content::Write::add4(std::string label, unsigned int value, bool compare)
 {
-    if (compare && reference)
-        compareField(label, value, 4);
-    for (unsigned int shift = 0; shift < 32; shift += 8)
-        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
+    append(label, value, 4, compare);
 }
 
 void Content::Write::add1(std::string label, unsigned char value)
 {
-    add1(std::move(label), value, true);
+    append(label, value, 1, true);
 }
 
 void Content::Write::add2(std::string label, unsigned short value)
 {
-    add2(std::move(label), value, true);
+    append(label, value, 2, true);
 }
 
 void Content::Write::add4(std::string label, unsigned int value)
 {
-    add4(std::move(label), value, true);
+    append(label, value, 4, true);
 }
 
-void Content::Write::compareField(std::string& label, unsigned int value, unsigned int width)
+void Content::Write::append(const std::string& label, unsigned int value, unsigned int width, bool compare)
+{
+    if (compare && reference)
+        compareField(label, value, width);
+    // Little-endian, whatever the host: lowest byte first.
+    for (unsigned int shift = 0; shift < width * 8; shift += 8)
+        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
+}
+
+void Content::Write::compareField(const std::string& label, unsigned int value, unsigned int width)
 {
     const std::size_t offset = bytes.size();
     // A field that reaches past the end of the reference is not compared: the
@@ -86,7 +90,8 @@ void Content::Write::compareField(std::string& label, unsigned int value, unsign
     case 2: stored = AbstractContent::read2(reference, at); break;
     default: stored = AbstractContent::read4(reference, at); break;
     }
-    debugAdd(std::move(label), value, stored);
+    if (value != stored)
+        debugAdd(label, value, stored);
 }
 
 void Content::Write::debugAdd(std::string label, unsigned int is, unsigned int shouldBe)

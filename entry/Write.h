@@ -36,7 +36,9 @@ public:
     static void write(std::string path, char* data, unsigned int size);
 
 private:
-    void compareField(std::string& label, unsigned int value, unsigned int width);
+    // Appends a field of `width` bytes, compared first when verifying.
+    void append(const std::string& label, unsigned int value, unsigned int width, bool compare);
+    void compareField(const std::string& label, unsigned int value, unsigned int width);
 
     std::vector<char> bytes;
     char* reference;

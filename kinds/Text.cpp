@@ -25,7 +25,7 @@ constexpr unsigned int RECORDS_OFFSET = 4;
 constexpr std::size_t SHORT_RECORD = 100;
 constexpr std::size_t LONG_RECORD = 200;
 
-std::size_t recordLength(std::size_t longest)
+std::size_t chosenRecordLength(std::size_t longest)
 {
     if (longest < SHORT_RECORD)
         return SHORT_RECORD;
@@ -45,7 +45,7 @@ std::size_t longestLength(const std::vector<std::string>& strings)
 } // namespace
 
 Content::Text::Text(std::string name, char* data, unsigned int size, TYPE type)
-    : AbstractContent(std::move(name), data, size, type)
+    : AbstractContent(std::move(name), data, size, type), recordCount(0), recordLength(0)
 {
     if (size < RECORDS_OFFSET)
         return;
@@ -53,17 +53,12 @@ Content::Text::Text(std::string name, char* data, unsigned int size, TYPE type)
     const unsigned int textsize = read2(TEXTSIZE_OFFSET);
     // Widened before multiplying: the 16-bit fields would otherwise be
     // promoted to int, whose range their product can leave. The match with
-    // the size is also what bounds the reads and the list below.
+    // the size is also what keeps every record that get cuts inside the entry.
     if (std::uint64_t{nr} * textsize + RECORDS_OFFSET != size)
         return;
     valid = true;
-
-    strings.reserve(nr);
-    for (unsigned int record = 0; record < nr; ++record) {
-        const char* begin = data + RECORDS_OFFSET + std::size_t{record} * textsize;
-        const char* end = begin + textsize;
-        strings.emplace_back(begin, std::find(begin, end, '\0'));
-    }
+    recordCount = nr;
+    recordLength = textsize;
 }
 
 Content::Text::~Text() = default;
@@ -75,12 +70,18 @@ std::string Content::Text::info()
 
 std::string Content::Text::get(unsigned int index)
 {
-    return strings[index];
+    // An index past the last record has no string; nothing outside the entry
+    // is read for it.
+    if (index >= recordCount)
+        return "";
+    const char* begin = data + RECORDS_OFFSET + std::size_t{index} * recordLength;
+    const char* end = begin + recordLength;
+    return std::string(begin, std::find(begin, end, '\0'));
 }
 
 unsigned int Content::Text::size()
 {
-    return static_cast<unsigned int>(strings.size());
+    return recordCount;
 }
 
 Content* Content::Text::create(std::vector<std::string>& strings)
@@ -92,7 +93,7 @@ Content* Content::Text::create(std::vector<std::string>& strings)
 
 void Content::Text::create(Write& write, std::vector<std::string>& strings)
 {
-    const std::size_t textsize = recordLength(longestLength(strings));
+    const std::size_t textsize = chosenRecordLength(longestLength(strings));
     // More than 16 bits of either value are cut in its field; the bytes then
     // no longer fit the header, and genContent refuses them.
     write.add2("nr", static_cast<unsigned short>(strings.size()));

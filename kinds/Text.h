@@ -10,7 +10,9 @@
 namespace zorv2 {
 namespace Lbx {
 
-// A table of strings in records of one fixed length, decoded at construction.
+// A table of strings in records of one fixed length. The constructor only
+// checks the header against the size; get cuts a record out of the entry's
+// bytes, which its Content keeps alive as long as this object.
 class Content::Text : public Content::AbstractContent {
 public:
     Text(std::string name, char* data, unsigned int size, TYPE type);
@@ -26,7 +28,9 @@ public:
     static Content* createDebug(Content* content);
 
 private:
-    std::vector<std::string> strings;
+    // Both 0 for a refused entry, which so has no strings.
+    unsigned int recordCount;
+    unsigned int recordLength;
 };
 
 } // namespace Lbx

@@ -111,6 +111,8 @@ TEST(Text, DecodesRecordsOrRefusesSizesThatDoNotFitTheHeader)
         EXPECT_EQ(entry->text()->size(), c.strings.size());
         for (unsigned int i = 0; i < c.strings.size(); ++i)
             EXPECT_EQ(entry->text()->get(i), c.strings[i]);
+        // Records are cut on demand: one past the last has no string to cut.
+        EXPECT_EQ(entry->text()->get(static_cast<unsigned int>(c.strings.size())), "");
     }
     // One byte short, too small, and 65535 x 65535 + 4, which leaves the range of int.
     for (std::string bytes : {"\2\0\5\0ab\0\0\0abcd"s, "\0\0\x64"s, "\xff\xff\xff\xff\0\0\0\0"s})
