@@ -193,10 +193,15 @@ void Content::write(std::string path)
 
 Content::AbstractContent* Content::gen(std::string name, char* data, unsigned int size)
 {
+    // A kind's test reads the bytes alone, so only the kind that accepts them
+    // gets the name: the refused ones cost no copy of it.
+    static const std::string unnamed;
     for (const Factory make : classificationChain) {
-        std::unique_ptr<AbstractContent> kind(make(name, data, size));
-        if (kind->valid)
+        std::unique_ptr<AbstractContent> kind(make(unnamed, data, size));
+        if (kind->valid) {
+            kind->name = std::move(name);
             return kind.release();
+        }
     }
     return new Unknown(std::move(name), data, size, UNKNOWN);
 }
