@@ -9,6 +9,7 @@ namespace bench {
 // table, in table order.
 void registerArchive(const TempDir& dir);
 void registerKinds();
+void registerGraphics();
 
 } // namespace bench
 

@@ -18,6 +18,7 @@ int main(int argc, char** argv)
         bench::TempDir dir;
         std::cerr << "making the workloads...\n";
         bench::registerArchive(dir);
+        bench::registerGraphics();
         bench::registerKinds();
 
         bench::TableReporter reporter;

@@ -3,6 +3,7 @@
 #include "entry/Write.h"
 #include "images/Cursor.h"
 #include "images/Font.h"
+#include "images/Graphic.h"
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
 
@@ -147,10 +148,20 @@ std::unique_ptr<Content> cursorEntry()
     return std::unique_ptr<Content>(Content::Cursor::create(palette.data(), frames.pointers.data()));
 }
 
-// Stands in for the graphics of the rotation, with bytes of their sizes.
-std::unique_ptr<Content> graphicEntry(unsigned int slot, unsigned int round)
+// The graphics of the rotation: screens, animations, sprites and icons.
+std::unique_ptr<Content> rotationGraphic(unsigned int slot)
 {
-    return soundEntry(40000 + 20000 * slot + round % 1000);
+    static const struct {
+        unsigned short width, height, frames;
+        Shape shape;
+        Coding coding;
+    } graphics[] = {{640, 480, 1, Shape::SCENE, Coding::DELTA},  {320, 200, 5, Shape::SCENE, Coding::DELTA},
+                    {64, 64, 10, Shape::SPRITE, Coding::DELTA},  {64, 64, 10, Shape::SPRITE, Coding::CLEAR},
+                    {160, 120, 3, Shape::SCENE, Coding::CLEAR},  {320, 200, 2, Shape::SCENE, Coding::RAW},
+                    {32, 32, 1, Shape::SPRITE, Coding::DELTA},   {100, 80, 8, Shape::SPRITE, Coding::DELTA}};
+    const auto& g = graphics[slot];
+    Frames frames = movingDisc(g.width, g.height, g.frames, g.shape);
+    return graphicEntry(frames, g.coding);
 }
 
 } // namespace
@@ -177,29 +188,44 @@ const char* codingName(Coding coding)
     }
 }
 
-Frames sceneFrames(unsigned short width, unsigned short height, unsigned short count)
+Frames movingDisc(unsigned short width, unsigned short height, unsigned short count, Shape shape)
 {
     const Bytes palette = scenePalette();
     Frames frames{width, height, {}, {}};
-    const int radius = height / 8 + 1;
+    const int radius = (shape == Shape::SCENE ? height / 8 : height / 3) + 1;
     for (unsigned int f = 0; f < count; ++f) {
-        Bytes rgba(std::size_t{width} * height * PIXEL_SIZE);
+        // Transparent pixels stay four zero bytes.
+        Bytes rgba(std::size_t{width} * height * PIXEL_SIZE, 0);
         const int centreX = width / 4 + static_cast<int>((f * 3) % (width / 2 + 1));
         const int centreY = height / 2;
         for (int y = 0; y < height; ++y) {
             for (int x = 0; x < width; ++x) {
+                const std::size_t pixel = std::size_t{static_cast<unsigned int>(y)} * width + x;
                 const int dx = x - centreX, dy = y - centreY;
                 const int distance2 = dx * dx + dy * dy;
-                unsigned int index = backgroundIndex(x, y);
                 if (distance2 < radius * radius)
-                    index = DISC_COLOR + static_cast<unsigned int>(distance2 * DISC_RINGS / (radius * radius));
-                paint(rgba, std::size_t{static_cast<unsigned int>(y)} * width + x, palette, index);
+                    paint(rgba, pixel, palette,
+                          DISC_COLOR + static_cast<unsigned int>(distance2 * DISC_RINGS / (radius * radius)));
+                else if (shape == Shape::SCENE)
+                    paint(rgba, pixel, palette, backgroundIndex(x, y));
             }
         }
         frames.rgba.push_back(std::move(rgba));
     }
     pointAt(frames);
     return frames;
+}
+
+std::unique_ptr<Content> graphicEntry(Frames& frames, Coding coding)
+{
+    Bytes palette = scenePalette();
+    const unsigned short flags = coding == Coding::RAW     ? Content::Graphic::RAW
+                                 : coding == Coding::CLEAR ? Content::Graphic::CLEAR
+                                                           : 0;
+    return std::unique_ptr<Content>(Content::Graphic::create(frames.pointers.data(), palette.data(), frames.width,
+                                                             frames.height,
+                                                             static_cast<unsigned short>(frames.rgba.size()), 0, 0,
+                                                             0, 0, flags));
 }
 
 std::vector<std::string> messageStrings(unsigned int count)
@@ -240,7 +266,7 @@ std::unique_ptr<Content> archiveEntry(unsigned int index)
     const unsigned int slot = index % 20;
     const unsigned int round = index / 20;
     if (slot < 8)
-        return graphicEntry(slot, round);
+        return rotationGraphic(slot);
     switch (slot) {
     case 8:
     case 9: return cursorEntry();

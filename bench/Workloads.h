@@ -22,15 +22,20 @@ Bytes scenePalette();
 enum class Coding { DELTA, CLEAR, RAW };
 const char* codingName(Coding coding);
 
-// RGBA frames of a scene: a textured background with a disc moving across
-// it, so that each frame differs from its predecessor in a small region.
+// RGBA frames with a disc moving across them, so that each frame differs
+// from its predecessor in a small region. A scene has an opaque textured
+// background; a sprite is the disc alone over transparency.
+enum class Shape { SCENE, SPRITE };
 struct Frames {
     unsigned short width;
     unsigned short height;
     std::vector<Bytes> rgba;
     std::vector<unsigned char*> pointers;
 };
-Frames sceneFrames(unsigned short width, unsigned short height, unsigned short count);
+Frames movingDisc(unsigned short width, unsigned short height, unsigned short count, Shape shape);
+
+// A graphic entry of those frames in the scene palette, stored as `coding`.
+std::unique_ptr<zorv2::Lbx::Content> graphicEntry(Frames& frames, Coding coding);
 
 // `count` strings of 3 to 90 bytes, as a game's message tables hold them.
 std::vector<std::string> messageStrings(unsigned int count);
