@@ -164,6 +164,48 @@ private:
     std::uint64_t end;
 };
 
+// The frame buffer that a compressed stream paints. Over a frame that
+// starts empty it zeroes every pixel that no run reaches, each once, as the
+// runs pass it or when the stream ends, however it ends: the same image as
+// clearing the buffer first, in one pass over it instead of two.
+class Canvas {
+public:
+    Canvas(unsigned char* pixels, std::uint64_t count, bool clear) : pixels(pixels), count(count), clear(clear)
+    {
+    }
+
+    ~Canvas()
+    {
+        zeroUpTo(count);
+    }
+
+    Canvas(const Canvas&) = delete;
+    Canvas& operator=(const Canvas&) = delete;
+
+    // The caller has made sure that [first, first + length) lies in the image.
+    void paintRun(std::uint64_t first, const unsigned char* indices, std::size_t length, const unsigned char* palette)
+    {
+        zeroUpTo(first);
+        paint(pixels + first * PIXEL_SIZE, indices, length, palette);
+        untouched = std::max(untouched, first + length);
+    }
+
+private:
+    // Everything from `untouched` on has been neither painted nor zeroed.
+    void zeroUpTo(std::uint64_t end)
+    {
+        if (!clear || end <= untouched)
+            return;
+        std::memset(pixels + untouched * PIXEL_SIZE, 0, (end - untouched) * PIXEL_SIZE);
+        untouched = end;
+    }
+
+    unsigned char* pixels;
+    std::uint64_t count;
+    bool clear;
+    std::uint64_t untouched = 0;
+};
+
 bool rawFrameFits(char* data, unsigned int begin, unsigned int end, std::uint64_t pixels)
 {
     const std::uint64_t length = end - begin;
@@ -456,6 +498,26 @@ void Content::Graphic::dropFrames()
     }
 }
 
+void Content::Graphic::recycleFrames()
+{
+    if (!frameCache)
+        return;
+    for (unsigned int i = 0; i < frameCount; ++i) {
+        if (frameCache[i])
+            spareFrames.emplace_back(frameCache[i]);
+        frameCache[i] = nullptr;
+    }
+}
+
+unsigned char* Content::Graphic::frameBuffer(std::size_t bytes)
+{
+    if (spareFrames.empty())
+        return new unsigned char[bytes];
+    unsigned char* buffer = spareFrames.back().release();
+    spareFrames.pop_back();
+    return buffer;
+}
+
 unsigned short Content::Graphic::width()
 {
     return imageWidth;
@@ -546,7 +608,7 @@ unsigned char* Content::Graphic::paletteCopy()
 
 void Content::Graphic::setPalette(unsigned char* palette)
 {
-    dropFrames();
+    recycleFrames();
     // A palette that this graphic installed for itself goes when it is
     // replaced; one that a caller gives stays the caller's.
     if (installedPalette.get() != palette)
@@ -579,6 +641,8 @@ unsigned char* Content::Graphic::frame(unsigned int index)
     if (!currentPalette)
         currentPalette = palette();
     const std::size_t bytes = frameBytes();
+    // Room for every buffer up front, so that recycling them never allocates.
+    spareFrames.reserve(frameCount);
 
     // A delta frame paints over its predecessor: replay from the nearest
     // frame that starts empty or is decoded already. Frame 0 always starts
@@ -589,15 +653,17 @@ unsigned char* Content::Graphic::frame(unsigned int index)
     for (unsigned int i = first; i <= index; ++i) {
         if (frameCache[i])
             continue;
-        frameCache[i] = new unsigned char[bytes];
-        if (isClear(i))
-            std::memset(frameCache[i], 0, bytes);
-        else
+        frameCache[i] = frameBuffer(bytes);
+        // A frame that starts empty is not cleared before it is painted: a
+        // raw frame paints every pixel, and a compressed one zeroes the
+        // pixels that its runs pass over.
+        const bool clear = isClear(i);
+        if (!clear)
             std::memcpy(frameCache[i], frameCache[i - 1], bytes);
         if (hasFlag(RAW))
             genFrameUncompressed(i);
         else
-            genFrameCompressed(i);
+            paintCompressed(i, clear);
     }
     return frameCache[index];
 }
@@ -627,11 +693,16 @@ bool Content::Graphic::isClear(unsigned int index, unsigned int frames, unsigned
 // with 32-bit wrap-around arithmetic, and the image's height plays no part.
 void Content::Graphic::genFrameCompressed(unsigned int index)
 {
+    paintCompressed(index, false);
+}
+
+void Content::Graphic::paintCompressed(unsigned int index, bool clear)
+{
     const std::uint64_t pixels = pixelsOf(imageWidth, imageHeight);
     // No pixels to paint, and no width to find a row end with.
     if (pixels == 0)
         return;
-    unsigned char* out = frameCache[index];
+    Canvas out(frameCache[index], pixels, clear);
     const std::uint32_t width = imageWidth;
     BoundedReader stream(data, std::uint64_t{frameTable[index]} + WORD_SIZE, frameTable[index + 1]);
     unsigned short word = 0;
@@ -655,7 +726,7 @@ void Content::Graphic::genFrameCompressed(unsigned int index)
         const unsigned char* indices = stream.take(count);
         if (!indices || std::uint64_t{q} + count > pixels)
             return;
-        paint(out + std::size_t{q} * PIXEL_SIZE, indices, count, currentPalette);
+        out.paintRun(q, indices, count, currentPalette);
         q += count;
         stream.skip(count % 2);
     }

@@ -78,6 +78,15 @@ private:
     bool framesFit(unsigned int* table);
     std::size_t frameBytes();
     void dropFrames();
+    // setPalette empties the cache slots but keeps their buffers for the
+    // frames decoded next: every frame has the same size, and a large
+    // animation given back to the system and taken again costs a page fault
+    // per 4 KiB.
+    void recycleFrames();
+    unsigned char* frameBuffer(std::size_t bytes);
+    // genFrameCompressed; over a frame that starts empty, `clear` zeroes what
+    // the runs leave, so that the buffer needs no clearing first.
+    void paintCompressed(unsigned int index, bool clear);
     // Creation and its verification decode every frame through a fake
     // palette, in which each painted pixel's colour stands for its stored
     // index. The graphic owns that palette until the next setPalette.
@@ -95,6 +104,7 @@ private:
     unsigned char* currentPalette;
     unsigned char** frameCache;
     std::unique_ptr<unsigned char[]> installedPalette;
+    std::vector<std::unique_ptr<unsigned char[]>> spareFrames;
 };
 
 } // namespace Lbx
