@@ -1,5 +1,6 @@
 #include "images/Graphic.h"
 
+#include "images/ColorIndex.h"
 #include "images/Palette.h"
 
 #include <algorithm>
@@ -217,52 +218,20 @@ bool rawFrameFits(char* data, unsigned int begin, unsigned int end, std::uint64_
     return true;
 }
 
-// Palette index of every colour at DAC precision, built on the first lookup,
-// so that a painted pixel costs one table read instead of a search through
-// 256 entries. It answers exactly what Palette::findColor answers over the
-// whole palette: the lowest index whose entry equals the reduced colour; an
-// entry off the 4-step grid matches nothing.
-class ColorLookup {
-public:
-    explicit ColorLookup(unsigned char* palette) : palette(palette)
-    {
-    }
-
-    unsigned char index(unsigned char* color)
-    {
-        if (slots.empty())
-            build();
-        const unsigned short slot = slots[key(color)];
-        // On a miss findColor finds nothing either and throws its own text.
-        return slot != 0 ? static_cast<unsigned char>(slot - 1) : Content::Palette::findColor(palette, color);
-    }
-
-private:
-    static constexpr unsigned int DAC_BITS = 6;
-    static constexpr unsigned int KEYS = 1u << (3 * DAC_BITS);
-    static constexpr unsigned int OFF_GRID = (1u << DAC_SHIFT) - 1;
-
-    static unsigned int key(const unsigned char* color)
-    {
-        return (unsigned{color[RED]} >> DAC_SHIFT) << (2 * DAC_BITS) |
-               (unsigned{color[GREEN]} >> DAC_SHIFT) << DAC_BITS | (unsigned{color[BLUE]} >> DAC_SHIFT);
-    }
-
-    void build()
-    {
-        slots.assign(KEYS, 0);
-        // Downwards, so that a repeated colour keeps its lowest index.
-        for (unsigned int i = PALETTE_COLORS; i-- > 0;) {
-            const unsigned char* entry = palette + i * PIXEL_SIZE;
-            if (((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) == 0)
-                slots[key(entry)] = static_cast<unsigned short>(i + 1);
-        }
-    }
-
-    unsigned char* palette;
-    // Palette index + 1 for each key; 0 where no entry holds the colour.
-    std::vector<unsigned short> slots;
-};
+// Whether a pixel is left out of its frame: a transparent one always; over a
+// predecessor (null for a frame that starts empty) also one that shows the
+// same colour at DAC precision, whatever the predecessor's alpha.
+bool leftOut(const unsigned char* now, const unsigned char* before)
+{
+    if (now[ALPHA] == 0)
+        return true;
+    if (!before)
+        return false;
+    for (unsigned int c : {RED, GREEN, BLUE})
+        if (now[c] >> DAC_SHIFT != before[c] >> DAC_SHIFT)
+            return false;
+    return true;
+}
 
 // Turns whole RGBA images into frames that paint only what differs from the
 // image the frame starts from.
@@ -270,13 +239,15 @@ class FrameEncoder {
 public:
     FrameEncoder(unsigned char** frames, unsigned char* palette, unsigned int width, unsigned int height,
                  unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod, unsigned short flags)
-        : frames(frames), colors(palette), width(width), height(height), frameCount(frameCount),
+        : frames(frames), colors(palette, 0, PALETTE_COLORS), width(width), height(height), frameCount(frameCount),
           clearOnce(clearOnce), clearMod(clearMod), flags(flags)
     {
     }
 
     void encode(Write& out, unsigned int frame)
     {
+        const bool clear = Graphic::isClear(frame, frameCount, clearOnce, clearMod, flags);
+        predecessor = clear ? nullptr : frames[frame - 1];
         if (flags & Graphic::RAW)
             raw(out, frame);
         else
@@ -289,9 +260,11 @@ private:
         return frames[frame] + std::size_t{index} * PIXEL_SIZE;
     }
 
+    // Graphic::isTransparent, with the frame's clear rule settled once.
     bool transparent(unsigned int frame, unsigned int index)
     {
-        return Graphic::isTransparent(index, frames, frame, frameCount, clearOnce, clearMod, flags);
+        const std::size_t at = std::size_t{index} * PIXEL_SIZE;
+        return leftOut(frames[frame] + at, predecessor ? predecessor + at : nullptr);
     }
 
     // A raw frame has no transparency: every pixel must be in the palette.
@@ -299,7 +272,7 @@ private:
     {
         const unsigned int pixels = width * height;
         for (unsigned int i = 0; i < pixels; ++i)
-            out.add1("raw color", colors.index(pixel(frame, i)));
+            out.add1("raw color", colors.find(pixel(frame, i)));
         while (out.size() % RAW_ALIGN != 0)
             out.add1("raw fill", 0);
     }
@@ -351,12 +324,11 @@ private:
     void runs(Write& out, unsigned int frame, unsigned int y)
     {
         const unsigned int rowStart = y * width;
-        std::vector<unsigned char> run;
         unsigned int skipped = 0;
         for (unsigned int x = 0; x < width; ++x) {
             const bool painted = !transparent(frame, rowStart + x);
             if (painted)
-                run.push_back(colors.index(pixel(frame, rowStart + x)));
+                run.push_back(colors.find(pixel(frame, rowStart + x)));
             if (painted && x + 1 < width)
                 continue;
             if (!run.empty()) {
@@ -380,7 +352,12 @@ private:
     }
 
     unsigned char** frames;
-    ColorLookup colors;
+    // The image that the frame being encoded paints over; null when it
+    // starts empty.
+    const unsigned char* predecessor = nullptr;
+    // The indices of the run being gathered, kept from row to row.
+    std::vector<unsigned char> run;
+    ColorIndex colors;
     unsigned int width;
     unsigned int height;
     unsigned int frameCount;
@@ -774,17 +751,10 @@ bool Content::Graphic::isTransparent(unsigned int pixel, unsigned char** frames,
 {
     const std::size_t at = std::size_t{pixel} * PIXEL_SIZE;
     const unsigned char* now = frames[frame] + at;
+    // The predecessor is only looked at when the pixel is visible.
     if (now[ALPHA] == 0)
         return true;
-    if (isClear(frame, frameCount, clearOnce, clearMod, flags))
-        return false;
-    // Over its predecessor a pixel that shows the same colour at DAC
-    // precision is left out; the predecessor's alpha plays no part.
-    const unsigned char* before = frames[frame - 1] + at;
-    for (unsigned int c : {RED, GREEN, BLUE})
-        if (now[c] >> DAC_SHIFT != before[c] >> DAC_SHIFT)
-            return false;
-    return true;
+    return leftOut(now, isClear(frame, frameCount, clearOnce, clearMod, flags) ? nullptr : frames[frame - 1] + at);
 }
 
 void Content::Graphic::create(Write& header, std::vector<Write>& frameWrites, unsigned char** frames,

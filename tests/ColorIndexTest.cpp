@@ -1,0 +1,89 @@
+#include "images/ColorIndex.h"
+#include "images/Palette.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using zorv2::Lbx::ColorIndex;
+using zorv2::Lbx::Content;
+using Bytes = std::vector<unsigned char>;
+
+Bytes fromArray(unsigned char* array)
+{
+    std::unique_ptr<unsigned char[]> owned(array);
+    return Bytes(owned.get(), owned.get() + 1024);
+}
+
+// The fake palette with repeats, entries off the 4-step grid, and black at
+// both ends: the cases where the lowest index and the grid rule decide.
+Bytes awkwardPalette()
+{
+    Bytes palette = fromArray(Content::Palette::fake());
+    for (unsigned int i : {7u, 200u, 201u})
+        std::copy(palette.begin() + 4 * 30, palette.begin() + 4 * 31, palette.begin() + 4 * i);
+    palette[4 * 40 + 1] = 9;   // green off the grid
+    palette[4 * 41 + 2] = 255; // blue off the grid
+    for (unsigned int i : {0u, 255u})
+        std::fill(palette.begin() + 4 * i, palette.begin() + 4 * i + 3, 0);
+    return palette;
+}
+
+// Every entry, each with its low bits set, and a coarse sweep of all colours.
+std::vector<Bytes> probes(const Bytes& palette)
+{
+    std::vector<Bytes> colors;
+    for (unsigned int i = 0; i < 256; ++i)
+        for (unsigned char low : {0, 1, 3})
+            colors.push_back({static_cast<unsigned char>(palette[4 * i] | low),
+                              static_cast<unsigned char>(palette[4 * i + 1] | low),
+                              static_cast<unsigned char>(palette[4 * i + 2] | low), 0});
+    for (unsigned int r = 0; r < 256; r += 20)
+        for (unsigned int g = 0; g < 256; g += 20)
+            for (unsigned int b = 0; b < 256; b += 4)
+                colors.push_back({static_cast<unsigned char>(r), static_cast<unsigned char>(g),
+                                  static_cast<unsigned char>(b), 255});
+    return colors;
+}
+
+std::string failureOf(ColorIndex& index, Bytes& color)
+{
+    try {
+        index.find(color.data());
+    } catch (const std::runtime_error& error) {
+        return error.what();
+    }
+    return "no failure";
+}
+
+TEST(ColorIndex, AnswersAsThePaletteSearchInEveryRange)
+{
+    const std::vector<Bytes> palettes = {fromArray(Content::Palette::fake()), awkwardPalette(),
+                                         fromArray(Content::Palette::empty())};
+    const struct {
+        unsigned int begin, end;
+    } ranges[] = {{0, 256}, {1, 256}, {8, 300}, {31, 201}, {5, 5}, {100, 50}, {256, 300}};
+    for (Bytes palette : palettes) {
+        for (const auto& range : ranges) {
+            ColorIndex index(palette.data(), range.begin, range.end);
+            for (Bytes color : probes(palette)) {
+                unsigned char expected = 0;
+                if (Content::Palette::findColor(palette.data(), color.data(), &expected, range.begin, range.end))
+                    ASSERT_EQ(index.find(color.data()), expected)
+                        << "range " << range.begin << ".." << range.end << ", colour " << unsigned{color[0]} << ","
+                        << unsigned{color[1]} << "," << unsigned{color[2]};
+                else
+                    ASSERT_EQ(failureOf(index, color), "color " + std::to_string(color[0]) + "," +
+                                                           std::to_string(color[1]) + "," +
+                                                           std::to_string(color[2]) + " not found in palette");
+            }
+        }
+    }
+}
+
+} // namespace
