@@ -27,10 +27,16 @@ void Content::Write::add(char* data, unsigned int size)
 
 void Content::Write::add(Write& other)
 {
-    // gen runs the sub-builder's own final check; its exception leaves this
-    // builder untouched.
-    std::unique_ptr<char[]> block(other.gen());
-    add(block.get(), other.size());
+    // The sub-builder's own final check, as its gen runs it; its exception
+    // leaves this builder untouched. Its bytes are then taken as they stand,
+    // with no block handed over in between.
+    other.finalCheck();
+    if (&other == this) {
+        const std::vector<char> copy(bytes);
+        bytes.insert(bytes.end(), copy.begin(), copy.end());
+        return;
+    }
+    bytes.insert(bytes.end(), other.bytes.begin(), other.bytes.end());
 }
 
 // The labelled forms pass their label on by reference: it is read only when
@@ -115,13 +121,18 @@ void Content::Write::clear()
     bytes.clear();
 }
 
-char* Content::Write::gen()
+void Content::Write::finalCheck()
 {
     if (reference) {
         debugAdd("size", size(), expectedSize);
         if (mismatch)
             throw std::runtime_error("debug " + name);
     }
+}
+
+char* Content::Write::gen()
+{
+    finalCheck();
     char* block = new char[bytes.size()];
     std::copy(bytes.begin(), bytes.end(), block);
     return block;

@@ -39,6 +39,9 @@ private:
     // Appends a field of `width` bytes, compared first when verifying.
     void append(const std::string& label, unsigned int value, unsigned int width, bool compare);
     void compareField(const std::string& label, unsigned int value, unsigned int width);
+    // What gen checks before it hands the bytes over: the size, when
+    // verifying, and whether any field differed.
+    void finalCheck();
 
     std::vector<char> bytes;
     char* reference;

@@ -4,6 +4,7 @@
 #include "images/Palette.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 
 namespace zorv2 {
@@ -32,6 +33,7 @@ constexpr unsigned int ENTRY_SIZE = FRAMES_OFFSET + FRAME_COUNT * FRAME_PIXELS;
 constexpr unsigned int PIXEL_SIZE = 4;
 constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
 constexpr unsigned int DECODED_FRAME_SIZE = FRAME_PIXELS * PIXEL_SIZE;
+constexpr unsigned int PALETTE_ARRAY_SIZE = COLORS * PIXEL_SIZE;
 constexpr unsigned char OPAQUE = 255;
 constexpr unsigned char TRANSPARENT_INDEX = 0;
 // Index 0 is reserved for transparency, so a visible pixel is searched from 1.
@@ -106,16 +108,17 @@ unsigned char** Content::Cursor::pixarray()
 
 unsigned char* Content::Cursor::gen(unsigned int index, unsigned char* palette)
 {
+    // Index 0 is transparent whatever the palette holds there; any other
+    // index takes the palette's alpha along with its colour. With entry 0
+    // zeroed in a copy, every pixel is one plain lookup.
+    unsigned char colors[PALETTE_ARRAY_SIZE];
+    std::copy(palette, palette + PALETTE_ARRAY_SIZE, colors);
+    std::fill(colors + TRANSPARENT_INDEX * PIXEL_SIZE, colors + (TRANSPARENT_INDEX + 1) * PIXEL_SIZE, 0);
+
     auto* frame = new unsigned char[DECODED_FRAME_SIZE];
-    const unsigned int first = FRAMES_OFFSET + index * FRAME_PIXELS;
-    for (unsigned int p = 0; p < FRAME_PIXELS; ++p) {
-        const unsigned char colorIndex = read1(first + p);
-        unsigned char* pixel = frame + p * PIXEL_SIZE;
-        // Index 0 is transparent whatever the palette holds there; any other
-        // index takes the palette's alpha along with its colour.
-        for (unsigned int byte = 0; byte < PIXEL_SIZE; ++byte)
-            pixel[byte] = colorIndex == TRANSPARENT_INDEX ? 0 : palette[colorIndex * PIXEL_SIZE + byte];
-    }
+    const auto* indices = reinterpret_cast<const unsigned char*>(data) + FRAMES_OFFSET + index * FRAME_PIXELS;
+    for (unsigned int p = 0; p < FRAME_PIXELS; ++p)
+        std::memcpy(frame + p * PIXEL_SIZE, colors + indices[p] * PIXEL_SIZE, PIXEL_SIZE);
     return frame;
 }
 

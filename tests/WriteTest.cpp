@@ -37,11 +37,16 @@ TEST(Write, EncodesLittleEndianAndCutsWideValues)
     write.add(nullptr, 0);
     char raw[] = {'x', 'y'};
     write.add(raw, 2);
-    EXPECT_EQ(generated(write), std::string("\xE8\x03\xAD\xFE\x00\x00\xFFxy", 9));
+    const std::string built("\xE8\x03\xAD\xFE\x00\x00\xFFxy", 9);
+    EXPECT_EQ(generated(write), built);
     EXPECT_EQ(generated(write), generated(write)) << "gen leaves the bytes for another call";
 
     Content::Write empty;
     EXPECT_EQ(generated(empty), "");
+
+    // A builder appended to itself takes its bytes as they stood before.
+    write.add(write);
+    EXPECT_EQ(generated(write), built + built);
 }
 
 TEST(Write, VerifyingReportsEachDifferingFieldAndTheSize)
