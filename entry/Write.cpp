@@ -39,48 +39,6 @@ void Content::Write::add(Write& other)
     bytes.insert(bytes.end(), other.bytes.begin(), other.bytes.end());
 }
 
-// The labelled forms pass their label on by reference: it is read only when
-// a field differs from the reference, and each field costs one string at the
-// call and no more.
-void Content::Write::add1(std::string label, unsigned char value, bool compare)
-{
-    append(label, value, 1, compare);
-}
-
-void Content::Write::add2(std::string label, unsigned short value, bool compare)
-{
-    append(label, value, 2, compare);
-}
-
-void Content::Write::add4(std::string label, unsigned int value, bool compare)
-{
-    append(label, value, 4, compare);
-}
-
-void Content::Write::add1(std::string label, unsigned char value)
-{
-    append(label, value, 1, true);
-}
-
-void Content::Write::add2(std::string label, unsigned short value)
-{
-    append(label, value, 2, true);
-}
-
-void Content::Write::add4(std::string label, unsigned int value)
-{
-    append(label, value, 4, true);
-}
-
-void Content::Write::append(const std::string& label, unsigned int value, unsigned int width, bool compare)
-{
-    if (compare && reference)
-        compareField(label, value, width);
-    // Little-endian, whatever the host: lowest byte first.
-    for (unsigned int shift = 0; shift < width * 8; shift += 8)
-        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
-}
-
 void Content::Write::compareField(const std::string& label, unsigned int value, unsigned int width)
 {
     const std::size_t offset = bytes.size();

@@ -50,6 +50,48 @@ private:
     bool mismatch;
 };
 
+// Appending a field is the innermost step of every encoder, once a pixel.
+// Inline, it costs a test and a store; and its label, read only when a field
+// differs from the reference, need not even be built when nothing is verified.
+inline void Content::Write::add1(std::string label, unsigned char value, bool compare)
+{
+    append(label, value, 1, compare);
+}
+
+inline void Content::Write::add2(std::string label, unsigned short value, bool compare)
+{
+    append(label, value, 2, compare);
+}
+
+inline void Content::Write::add4(std::string label, unsigned int value, bool compare)
+{
+    append(label, value, 4, compare);
+}
+
+inline void Content::Write::add1(std::string label, unsigned char value)
+{
+    append(label, value, 1, true);
+}
+
+inline void Content::Write::add2(std::string label, unsigned short value)
+{
+    append(label, value, 2, true);
+}
+
+inline void Content::Write::add4(std::string label, unsigned int value)
+{
+    append(label, value, 4, true);
+}
+
+inline void Content::Write::append(const std::string& label, unsigned int value, unsigned int width, bool compare)
+{
+    if (compare && reference)
+        compareField(label, value, width);
+    // Little-endian, whatever the host: lowest byte first.
+    for (unsigned int shift = 0; shift < width * 8; shift += 8)
+        bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
+}
+
 } // namespace Lbx
 } // namespace zorv2
 
