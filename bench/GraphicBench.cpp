@@ -145,13 +145,10 @@ void copyRgba(benchmark::State& state, Animation& animation, Coding)
 void create(benchmark::State& state, Animation& animation, Coding coding)
 {
     Content::Graphic* source = animation.graphic(coding);
-    const unsigned short flags = source->hasFlags() ? source->hasFlag(Content::Graphic::RAW) ? Content::Graphic::RAW
-                                                                                             : Content::Graphic::CLEAR
-                                                    : 0;
     for (auto _ : state) {
         std::unique_ptr<Content> entry(Content::Graphic::create(
             animation.images.pointers.data(), animation.palette.data(), source->width(), source->height(),
-            source->frames(), 0, 0, 0, 0, flags));
+            source->frames(), 0, 0, 0, 0, flagsOf(coding)));
         benchmark::DoNotOptimize(entry->data());
     }
     countPixels(state, animation);

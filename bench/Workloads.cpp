@@ -188,6 +188,15 @@ const char* codingName(Coding coding)
     }
 }
 
+unsigned short flagsOf(Coding coding)
+{
+    switch (coding) {
+    case Coding::DELTA: return 0;
+    case Coding::CLEAR: return Content::Graphic::CLEAR;
+    default: return Content::Graphic::RAW;
+    }
+}
+
 Frames movingDisc(unsigned short width, unsigned short height, unsigned short count, Shape shape)
 {
     const Bytes palette = scenePalette();
@@ -219,13 +228,10 @@ Frames movingDisc(unsigned short width, unsigned short height, unsigned short co
 std::unique_ptr<Content> graphicEntry(Frames& frames, Coding coding)
 {
     Bytes palette = scenePalette();
-    const unsigned short flags = coding == Coding::RAW     ? Content::Graphic::RAW
-                                 : coding == Coding::CLEAR ? Content::Graphic::CLEAR
-                                                           : 0;
     return std::unique_ptr<Content>(Content::Graphic::create(frames.pointers.data(), palette.data(), frames.width,
                                                              frames.height,
                                                              static_cast<unsigned short>(frames.rgba.size()), 0, 0,
-                                                             0, 0, flags));
+                                                             0, 0, flagsOf(coding)));
 }
 
 std::vector<std::string> messageStrings(unsigned int count)

@@ -21,6 +21,8 @@ Bytes scenePalette();
 // How an animation's frames are stored.
 enum class Coding { DELTA, CLEAR, RAW };
 const char* codingName(Coding coding);
+// The graphic flags that store frames so.
+unsigned short flagsOf(Coding coding);
 
 // RGBA frames with a disc moving across them, so that each frame differs
 // from its predecessor in a small region. A scene has an opaque textured

@@ -38,21 +38,6 @@ unsigned int Content::AbstractContent::read4(unsigned int offset)
     return read4(data, offset);
 }
 
-unsigned char Content::AbstractContent::read1(char* data, unsigned int offset)
-{
-    return static_cast<unsigned char>(data[offset]);
-}
-
-unsigned short Content::AbstractContent::read2(char* data, unsigned int offset)
-{
-    return static_cast<unsigned short>(read1(data, offset) | (read1(data, offset + 1) << 8));
-}
-
-unsigned int Content::AbstractContent::read4(char* data, unsigned int offset)
-{
-    return read2(data, offset) | (static_cast<unsigned int>(read2(data, offset + 2)) << 16);
-}
-
 std::string Content::AbstractContent::typeStr()
 {
     return typeStr(type);

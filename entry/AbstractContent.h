@@ -42,6 +42,23 @@ protected:
     [[noreturn]] static void refuseDebugCreation(Content* content);
 };
 
+// Every decoder and every verified field reads through these: inline, a read
+// is a load or two and no call.
+inline unsigned char Content::AbstractContent::read1(char* data, unsigned int offset)
+{
+    return static_cast<unsigned char>(data[offset]);
+}
+
+inline unsigned short Content::AbstractContent::read2(char* data, unsigned int offset)
+{
+    return static_cast<unsigned short>(read1(data, offset) | (read1(data, offset + 1) << 8));
+}
+
+inline unsigned int Content::AbstractContent::read4(char* data, unsigned int offset)
+{
+    return read2(data, offset) | (static_cast<unsigned int>(read2(data, offset + 2)) << 16);
+}
+
 } // namespace Lbx
 } // namespace zorv2
 

@@ -1,7 +1,5 @@
 #include "entry/Write.h"
 
-#include "entry/AbstractContent.h"
-
 #include <fstream>
 #include <iomanip>
 #include <iostream>
@@ -37,25 +35,6 @@ void Content::Write::add(Write& other)
         return;
     }
     bytes.insert(bytes.end(), other.bytes.begin(), other.bytes.end());
-}
-
-void Content::Write::compareField(const std::string& label, unsigned int value, unsigned int width)
-{
-    const std::size_t offset = bytes.size();
-    // A field that reaches past the end of the reference is not compared: the
-    // reference is never read beyond its length, and the final size
-    // comparison in gen reports the overrun.
-    if (offset + width > expectedSize)
-        return;
-    const auto at = static_cast<unsigned int>(offset);
-    unsigned int stored = 0;
-    switch (width) {
-    case 1: stored = AbstractContent::read1(reference, at); break;
-    case 2: stored = AbstractContent::read2(reference, at); break;
-    default: stored = AbstractContent::read4(reference, at); break;
-    }
-    if (value != stored)
-        debugAdd(label, value, stored);
 }
 
 void Content::Write::debugAdd(std::string label, unsigned int is, unsigned int shouldBe)

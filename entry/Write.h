@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_WRITE_H
 #define ZORV2_LBX_WRITE_H
 
+#include "entry/AbstractContent.h"
 #include "entry/Content.h"
 
 #include <string>
@@ -90,6 +91,22 @@ inline void Content::Write::append(const std::string& label, unsigned int value,
     // Little-endian, whatever the host: lowest byte first.
     for (unsigned int shift = 0; shift < width * 8; shift += 8)
         bytes.push_back(static_cast<char>((value >> shift) & 0xFF));
+}
+
+inline void Content::Write::compareField(const std::string& label, unsigned int value, unsigned int width)
+{
+    const std::size_t offset = bytes.size();
+    // A field that reaches past the end of the reference is not compared: the
+    // reference is never read beyond its length, and the final size
+    // comparison in gen reports the overrun.
+    if (offset + width > expectedSize)
+        return;
+    const auto at = static_cast<unsigned int>(offset);
+    const unsigned int stored = width == 1   ? AbstractContent::read1(reference, at)
+                                : width == 2 ? AbstractContent::read2(reference, at)
+                                             : AbstractContent::read4(reference, at);
+    if (value != stored)
+        debugAdd(label, value, stored);
 }
 
 } // namespace Lbx
