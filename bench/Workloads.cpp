@@ -34,6 +34,8 @@ constexpr unsigned int CURSOR_SIDE = 24;
 // Record entries are recognised by their size and head alone.
 constexpr unsigned int LEADER_SIZE = 3957;
 constexpr unsigned int RACE_SIZE = 407;
+constexpr unsigned int RACE_MARKS[] = {13, 31};
+constexpr unsigned int RACE_HEAD = 4;
 constexpr unsigned int ABCOST_SIZE = 56;
 constexpr unsigned int ABCOST_ZERO_TAIL = 4;
 
@@ -88,11 +90,13 @@ std::string patterned(unsigned int size, unsigned int seed)
     return bytes;
 }
 
-// An 8-bit mono PCM file of `samples` samples.
+// An 8-bit mono PCM file of `samples` samples. The RIFF length counts what
+// follows it: the rest of the 44-byte head, then the samples.
 std::unique_ptr<Content> soundEntry(unsigned int samples)
 {
+    constexpr unsigned int HEAD_AFTER_LENGTH = 36;
     std::string bytes = "RIFF";
-    put4(bytes, 36 + samples);
+    put4(bytes, HEAD_AFTER_LENGTH + samples);
     bytes += "WAVEfmt ";
     put4(bytes, 16);
     put2(bytes, 1);      // PCM
@@ -114,9 +118,9 @@ std::unique_ptr<Content> recordEntry(unsigned int round)
     case 0: return entryOf(patterned(LEADER_SIZE, round));
     case 1: {
         std::string race;
-        put2(race, 13);
-        put2(race, 31);
-        return entryOf(race + patterned(RACE_SIZE - 4, round));
+        for (unsigned int mark : RACE_MARKS)
+            put2(race, mark);
+        return entryOf(race + patterned(RACE_SIZE - RACE_HEAD, round));
     }
     default: return entryOf(patterned(ABCOST_SIZE - ABCOST_ZERO_TAIL, round) + std::string(ABCOST_ZERO_TAIL, '\0'));
     }
