@@ -1,6 +1,5 @@
 #include "images/Cursor.h"
 
-#include "images/ColorIndex.h"
 #include "images/Palette.h"
 
 #include <algorithm>
@@ -169,7 +168,7 @@ void Content::Cursor::create(Write& write, unsigned char* palette, unsigned char
     for (unsigned int i = 0; i < PALETTE_SIZE; ++i)
         write.add1("palette", dac[i]);
 
-    ColorIndex colors(search, FIRST_COLOR_INDEX, COLORS);
+    Palette::Index colors(search, FIRST_COLOR_INDEX, COLORS);
     for (unsigned int f = 0; f < FRAME_COUNT; ++f) {
         for (unsigned int p = 0; p < FRAME_PIXELS; ++p) {
             unsigned char* pixel = frames[f] + p * PIXEL_SIZE;

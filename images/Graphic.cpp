@@ -1,6 +1,5 @@
 #include "images/Graphic.h"
 
-#include "images/ColorIndex.h"
 #include "images/Palette.h"
 
 #include <algorithm>
@@ -357,7 +356,7 @@ private:
     const unsigned char* predecessor = nullptr;
     // The indices of the run being gathered, kept from row to row.
     std::vector<unsigned char> run;
-    ColorIndex colors;
+    Content::Palette::Index colors;
     unsigned int width;
     unsigned int height;
     unsigned int frameCount;

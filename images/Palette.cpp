@@ -18,6 +18,8 @@ constexpr unsigned int ARRAY_SIZE = COLORS * ENTRY_SIZE;
 constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
 constexpr unsigned char MAX_DAC = 63;
 constexpr unsigned char OPAQUE = 255;
+// A component that a DAC value gives has its two low bits clear.
+constexpr unsigned int OFF_GRID = 3;
 
 // What a palette can hold of a component: its top 6 bits.
 unsigned char reduced(unsigned char component)
@@ -141,6 +143,36 @@ unsigned char* Content::Palette::fake()
         entry[ALPHA] = OPAQUE;
     }
     return palette;
+}
+
+bool Content::Palette::Index::onGrid(const unsigned char* entry)
+{
+    return ((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) == 0;
+}
+
+Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsigned int end)
+    : palette(palette), begin(begin), end(std::min(end, COLORS)), keys(), indices()
+{
+    // Upwards, so that a repeated colour keeps its lowest index.
+    for (unsigned int i = begin; i < this->end; ++i) {
+        const unsigned char* entry = palette + i * ENTRY_SIZE;
+        if (!onGrid(entry))
+            continue;
+        const std::uint32_t stored = key(entry) + 1;
+        unsigned int slot = slotOf(stored);
+        while (keys[slot] != 0 && keys[slot] != stored)
+            slot = (slot + 1) % SLOTS;
+        if (keys[slot] == 0) {
+            keys[slot] = stored;
+            indices[slot] = static_cast<unsigned char>(i);
+        }
+    }
+}
+
+unsigned char Content::Palette::Index::notFound(unsigned char* color)
+{
+    // Not in the range: the search finds nothing either and throws its text.
+    return findColor(palette, color, begin, end);
 }
 
 } // namespace Lbx

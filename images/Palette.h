@@ -3,6 +3,8 @@
 
 #include "entry/Content.h"
 
+#include <cstdint>
+
 namespace zorv2 {
 namespace Lbx {
 
@@ -24,7 +26,64 @@ public:
                                  unsigned int count);
     static unsigned char* empty();
     static unsigned char* fake();
+
+    class Index;
 };
+
+// The palette search of the encoders, for many pixels against one palette:
+// it answers exactly what Palette::findColor answers over [begin, end), the
+// lowest index in the range whose entry equals the pixel's colour reduced to
+// DAC precision, at the cost of one hash probe instead of a scan through up
+// to 256 entries. An entry off the 4-step grid matches nothing, as there.
+class Content::Palette::Index {
+public:
+    Index(unsigned char* palette, unsigned int begin, unsigned int end);
+
+    // Throws the text of Palette::findColor when the colour is not in the range.
+    // Inline: the encoders call it once a pixel.
+    unsigned char find(unsigned char* color)
+    {
+        const std::uint32_t wanted = key(color) + 1;
+        for (unsigned int slot = slotOf(wanted); keys[slot] != 0; slot = (slot + 1) % SLOTS)
+            if (keys[slot] == wanted)
+                return indices[slot];
+        return notFound(color);
+    }
+
+private:
+    // Twice the most colours a palette holds, so that probes stay short.
+    static constexpr unsigned int SLOT_BITS = 9;
+    static constexpr unsigned int SLOTS = 1u << SLOT_BITS;
+
+    // A colour is red, green, blue; the DAC keeps the top 6 bits of each.
+    static constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2;
+    static constexpr unsigned int DAC_SHIFT = 2;
+    static constexpr unsigned int DAC_BITS = 6;
+
+    // The colour at DAC precision, all three components in 18 bits.
+    static std::uint32_t key(const unsigned char* color)
+    {
+        return std::uint32_t{color[RED]} >> DAC_SHIFT << (2 * DAC_BITS) |
+               std::uint32_t{color[GREEN]} >> DAC_SHIFT << DAC_BITS | std::uint32_t{color[BLUE]} >> DAC_SHIFT;
+    }
+
+    // Fibonacci hashing: the top bits of the product spread neighbouring colours.
+    static unsigned int slotOf(std::uint32_t key)
+    {
+        return (key * 2654435769u) >> (32 - SLOT_BITS);
+    }
+
+    static bool onGrid(const unsigned char* entry);
+    unsigned char notFound(unsigned char* color);
+
+    unsigned char* palette;
+    unsigned int begin;
+    unsigned int end;
+    // Key + 1 of the colour in each slot, 0 for a free slot, and its index.
+    std::uint32_t keys[SLOTS];
+    unsigned char indices[SLOTS];
+};
+
 
 } // namespace Lbx
 } // namespace zorv2

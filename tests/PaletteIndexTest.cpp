@@ -1,4 +1,4 @@
-#include "images/ColorIndex.h"
+#include "images/Palette.h"
 #include "images/Palette.h"
 
 #include <gtest/gtest.h>
@@ -10,7 +10,7 @@
 
 namespace {
 
-using zorv2::Lbx::ColorIndex;
+using ColorIndex = zorv2::Lbx::Content::Palette::Index;
 using zorv2::Lbx::Content;
 using Bytes = std::vector<unsigned char>;
 
@@ -61,7 +61,7 @@ std::string failureOf(ColorIndex& index, Bytes& color)
     return "no failure";
 }
 
-TEST(ColorIndex, AnswersAsThePaletteSearchInEveryRange)
+TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
 {
     const std::vector<Bytes> palettes = {fromArray(Content::Palette::fake()), awkwardPalette(),
                                          fromArray(Content::Palette::empty())};
