@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TESTS_CURSORFONTFIXTURE_H
 #define ZORV2_LBX_TESTS_CURSORFONTFIXTURE_H
 
+#include "Fixtures.h"
 #include "entry/Content.h"
 
 #include <gtest/gtest.h>
@@ -19,12 +20,7 @@ inline std::unique_ptr<zorv2::Lbx::Content> contentOf(const std::vector<char>& b
 
 inline void expectFailure(const std::function<void()>& action, const std::string& text)
 {
-    try {
-        action();
-        ADD_FAILURE() << "no exception, expected: " << text;
-    } catch (const std::runtime_error& error) {
-        EXPECT_EQ(error.what(), text);
-    }
+    EXPECT_EQ(fixtures::thrownBy(action), text);
 }
 
 #endif

@@ -77,7 +77,7 @@ private:
 };
 
 // The text of the std::runtime_error that `call` throws, so that a test can
-// compare it exactly; "(no exception)" when it returns.
+// compare it exactly; empty when it returns.
 inline std::string thrownBy(const std::function<void()>& call)
 {
     try {
@@ -85,7 +85,7 @@ inline std::string thrownBy(const std::function<void()>& call)
     } catch (const std::runtime_error& e) {
         return e.what();
     }
-    return "(no exception)";
+    return "";
 }
 
 inline std::string readFile(const std::string& path)

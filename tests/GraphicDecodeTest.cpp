@@ -72,12 +72,12 @@ TEST(GraphicDecode, PaletteBlock)
     EXPECT_EQ(pixelsOf(pastEnd->graphic()->palette() + 4 * 253, 3),
               (Bytes{0, 0, 0, 255, 36, 36, 36, 255, 36, 36, 36, 255}));
     auto badDac = entryOf(header(0, 0, 0, Graphic::PALETTE, {24}) + Bytes{0, 0, 1, 0, 0, 64, 0, 0});
-    EXPECT_EQ(failure([&] { badDac->graphic()->palette(); }), "invalid dac value (>63)");
+    EXPECT_EQ(thrownBy([&] { badDac->graphic()->palette(); }), "invalid dac value (>63)");
 
     auto plain = entryOf(exampleEntry(), "a.lbx[0]");
     const std::string missing = "graphic a.lbx[0] does not have an internal palette";
-    EXPECT_EQ(failure([&] { plain->graphic()->palette(); }), missing);
-    EXPECT_EQ(failure([&] { plain->graphic()->frame(1); }), missing);
+    EXPECT_EQ(thrownBy([&] { plain->graphic()->palette(); }), missing);
+    EXPECT_EQ(thrownBy([&] { plain->graphic()->frame(1); }), missing);
 }
 
 // Streams whose words lie must stop inside their frame and their image.
@@ -114,5 +114,5 @@ TEST(GraphicDecode, LyingStreams)
 
     auto huge = entryOf(header(65535, 65535, 1, 0, {20, 28}) + Bytes{1, 0, 0xFF, 0xFF, 0, 0, 0, 0}, "big");
     huge->graphic()->setPalette(palette.get());
-    EXPECT_EQ(failure([&] { huge->graphic()->frame(0); }), "graphic big is too large to decode (65535x65535)");
+    EXPECT_EQ(thrownBy([&] { huge->graphic()->frame(0); }), "graphic big is too large to decode (65535x65535)");
 }

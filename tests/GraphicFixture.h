@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TESTS_GRAPHICFIXTURE_H
 #define ZORV2_LBX_TESTS_GRAPHICFIXTURE_H
 
+#include "Fixtures.h"
 #include "entry/Content.h"
 #include "images/Graphic.h"
 #include "images/Palette.h"
@@ -57,11 +58,7 @@ inline std::unique_ptr<unsigned char[]> fake()
     return std::unique_ptr<unsigned char[]>(Content::Palette::fake());
 }
 
-inline std::string failure(const std::function<void()>& call)
-{
-    try { call(); } catch (const std::runtime_error& error) { return error.what(); }
-    return "no failure";
-}
+using fixtures::thrownBy;
 
 // Six by four pixels, -1 where nothing is painted. Frame 1 changes x = 4 of
 // row 2 to index 3; frame 2 repeats frame 1.

@@ -1,3 +1,4 @@
+#include "Fixtures.h"
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
 
@@ -30,16 +31,6 @@ std::unique_ptr<Content> entryOf(const std::string& bytes)
     char* data = new char[bytes.size()];
     bytes.copy(data, bytes.size());
     return std::make_unique<Content>("t.lbx[0]", data, static_cast<unsigned int>(bytes.size()));
-}
-
-std::string failureOf(const std::function<void()>& action)
-{
-    try {
-        action();
-    } catch (const std::runtime_error& e) {
-        return e.what();
-    }
-    return "";
 }
 
 TEST(Kinds, ClassificationOrderSettlesOverlaps)
@@ -76,7 +67,7 @@ TEST(Kinds, RecordKindsNameThemselvesAndRefuseDebugCreation)
     for (const auto& c : cases) {
         std::unique_ptr<Content> entry = entryOf(c.bytes);
         EXPECT_EQ(entry->info(), c.info);
-        EXPECT_EQ(failureOf([&] { delete entry->debugCreate(); }),
+        EXPECT_EQ(fixtures::thrownBy([&] { delete entry->debugCreate(); }),
                   "error: debug creation not implemented for " + c.kind + ", sorry.");
     }
 }
@@ -139,7 +130,7 @@ TEST(Text, CreateChoosesRecordLengthFromLongestStringAndReadsBack)
     // 3953 bytes make the 3957 of a Leader; 65536 no longer fit "textsize".
     for (std::size_t length : {3953u, 65536u}) {
         std::vector<std::string> strings = {std::string(length, 'x')};
-        EXPECT_EQ(failureOf([&] { delete Content::Text::create(strings); }), "bug in text creation, sorry");
+        EXPECT_EQ(fixtures::thrownBy([&] { delete Content::Text::create(strings); }), "bug in text creation, sorry");
     }
 }
 
@@ -161,7 +152,7 @@ TEST(Text, DebugCreateReproducesCanonicalTablesAndReportsDifferences)
     for (const auto& c : cases) {
         std::unique_ptr<Content> stored = entryOf(c.bytes);
         testing::internal::CaptureStderr();
-        EXPECT_EQ(failureOf([&] {
+        EXPECT_EQ(fixtures::thrownBy([&] {
                       std::unique_ptr<Content> again(stored->debugCreate());
                       EXPECT_EQ(std::string(again->data(), again->size()), c.bytes);
                   }),

@@ -1,4 +1,4 @@
-#include "images/Palette.h"
+#include "Fixtures.h"
 #include "images/Palette.h"
 
 #include <gtest/gtest.h>
@@ -51,15 +51,6 @@ std::vector<Bytes> probes(const Bytes& palette)
     return colors;
 }
 
-std::string failureOf(ColorIndex& index, Bytes& color)
-{
-    try {
-        index.find(color.data());
-    } catch (const std::runtime_error& error) {
-        return error.what();
-    }
-    return "no failure";
-}
 
 TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
 {
@@ -78,7 +69,7 @@ TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
                         << "range " << range.begin << ".." << range.end << ", colour " << unsigned{color[0]} << ","
                         << unsigned{color[1]} << "," << unsigned{color[2]};
                 else
-                    ASSERT_EQ(failureOf(index, color), "color " + std::to_string(color[0]) + "," +
+                    ASSERT_EQ(fixtures::thrownBy([&] { index.find(color.data()); }), "color " + std::to_string(color[0]) + "," +
                                                            std::to_string(color[1]) + "," +
                                                            std::to_string(color[2]) + " not found in palette");
             }

@@ -65,7 +65,7 @@ TEST(Write, VerifyingReportsEachDifferingFieldAndTheSize)
         w.add1("width", 7);
     };
     const std::vector<Case> cases = {
-        {"equal", same, exact, "", "(no exception)"},
+        {"equal", same, exact, "", ""},
         {"one field", le32(25) + le16(25) + "\x07", exact, "debug font - is   300, should be    25  'height'\n",
          "debug font"},
         {"two fields and a size", le32(1) + le16(300) + std::string("\x08\x00", 2), exact,
@@ -80,7 +80,7 @@ TEST(Write, VerifyingReportsEachDifferingFieldAndTheSize)
              w.add2("height", 300);
              w.add1("width", 7);
          },
-         "", "(no exception)"},
+         "", ""},
         {"wide numbers", le32(1234567),
          [](Content::Write& w) { w.add4("offset", 7654321); },
          "debug font - is 7654321, should be 1234567  'offset'\n", "debug font"},
@@ -114,7 +114,7 @@ TEST(Write, MismatchIsOneWay)
     testing::internal::CaptureStderr();
     plain.debugAdd("label", 1, 2);
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "debug  - is     1, should be     2  'label'\n");
-    EXPECT_EQ(thrownBy([&] { delete[] plain.gen(); }), "(no exception)");
+    EXPECT_EQ(thrownBy([&] { delete[] plain.gen(); }), "");
 }
 
 TEST(Write, SubBuilderIsCheckedAgainstItsOwnSlice)
