@@ -2,9 +2,7 @@
 
 #include "images/Palette.h"
 
-#include <iomanip>
 #include <memory>
-#include <sstream>
 
 namespace zorv2 {
 namespace Lbx {
@@ -61,9 +59,11 @@ unsigned int position(unsigned int font, unsigned int glyph)
 
 std::string glyphBuilderName(unsigned int font, unsigned int glyph)
 {
-    std::ostringstream name;
-    name << "font " << font << " - glyph " << std::setw(3) << glyph;
-    return name.str();
+    // "font 0 - glyph  65": the glyph right-aligned in a field of 3.
+    std::string number = std::to_string(glyph);
+    if (number.size() < 3)
+        number.insert(0, 3 - number.size(), ' ');
+    return "font " + std::to_string(font) + " - glyph " + number;
 }
 
 // The fill runs are bounded by the builder's size, so they only come out in
@@ -141,14 +141,28 @@ unsigned char Content::Font::width(unsigned int font, unsigned int glyph)
 
 unsigned int Content::Font::offset(unsigned int font, unsigned int glyph)
 {
+    // A stored 0 steps back to the glyph before, down to glyph 0 of this font
+    // at the latest, also from glyph 256.
+    while (glyph > 0 && !isEndMark(font, glyph) && storedOffset(font, glyph) == 0)
+        --glyph;
+    return offsetAfter(font, glyph, 0);
+}
+
+bool Content::Font::isEndMark(unsigned int font, unsigned int glyph)
+{
+    return font >= FONT_COUNT - 1 && glyph >= GLYPHS_PER_FONT;
+}
+
+unsigned int Content::Font::offsetAfter(unsigned int font, unsigned int glyph, unsigned int before)
+{
     // Behind the last glyph of the last font lies the end of the entry.
-    if (font >= FONT_COUNT - 1 && glyph >= GLYPHS_PER_FONT)
+    if (isEndMark(font, glyph))
         return size;
-    // The table is one run, so glyph 256 reads glyph 0 of the next font; the
-    // steps back for a stored 0 still stop at glyph 0 of this font.
-    unsigned int stored = storedOffset(font, glyph);
-    while (stored == 0 && glyph > 0)
-        stored = storedOffset(font, --glyph);
+    // The table is one run, so glyph 256 reads glyph 0 of the next font. A
+    // stored 0 means "where the glyph before begins", except at glyph 0.
+    const unsigned int stored = storedOffset(font, glyph);
+    if (stored == 0 && glyph > 0)
+        return before;
     // Offsets are 32-bit: a stored value near 4 GiB wraps around. Readers of
     // the result keep their slices inside the entry (see clampToEntry).
     return stored + HEADER_SIZE;
@@ -217,9 +231,13 @@ Content* Content::Font::createDebug(Content* content)
     std::vector<Write> glyphWrites;
     glyphWrites.reserve(GLYPH_COUNT);
     for (unsigned int f = 0; f < FONT_COUNT; ++f) {
+        // Each glyph's offset follows from the one before, which keeps the
+        // steps back for stored zeros from being taken again for every glyph.
+        unsigned int next = font->offset(f, 0);
         for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g) {
-            const unsigned int start = font->clampToEntry(font->offset(f, g));
-            const unsigned int end = font->clampToEntry(font->offset(f, g + 1));
+            const unsigned int start = font->clampToEntry(next);
+            next = font->offsetAfter(f, g + 1, next);
+            const unsigned int end = font->clampToEntry(next);
             Write glyphWrite;
             glyphWrite.setDebug(glyphBuilderName(f, g), content->data() + start, end > start ? end - start : 0);
             glyphWrites.push_back(glyphWrite);

@@ -34,6 +34,9 @@ private:
     bool hasFontHeader();
     bool bytesAre(unsigned int begin, unsigned int end, unsigned char value);
     unsigned int storedOffset(unsigned int font, unsigned int glyph);
+    // Where `glyph` begins, given where the glyph before it begins.
+    unsigned int offsetAfter(unsigned int font, unsigned int glyph, unsigned int before);
+    bool isEndMark(unsigned int font, unsigned int glyph);
     unsigned int clampToEntry(unsigned int offset);
     // Installs a palette that the font itself frees, at destruction or at the
     // next setPalette.
