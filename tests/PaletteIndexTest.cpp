@@ -10,7 +10,7 @@
 
 namespace {
 
-using ColorIndex = zorv2::Lbx::Content::Palette::Index;
+using PaletteIndex = zorv2::Lbx::Content::Palette::Index;
 using zorv2::Lbx::Content;
 using Bytes = std::vector<unsigned char>;
 
@@ -61,7 +61,7 @@ TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
     } ranges[] = {{0, 256}, {1, 256}, {8, 300}, {31, 201}, {5, 5}, {100, 50}, {256, 300}};
     for (Bytes palette : palettes) {
         for (const auto& range : ranges) {
-            ColorIndex index(palette.data(), range.begin, range.end);
+            PaletteIndex index(palette.data(), range.begin, range.end);
             for (Bytes color : probes(palette)) {
                 unsigned char expected = 0;
                 if (Content::Palette::findColor(palette.data(), color.data(), &expected, range.begin, range.end))
