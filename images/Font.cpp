@@ -51,6 +51,9 @@ static_assert(HEADER_SIZE == 9116, "the header has a fixed size");
 // Glyphs are handed out as blank pixels of red, green, blue, alpha.
 constexpr unsigned int PIXEL_SIZE = 4;
 
+// Resolved offsets of a font: its 256 glyphs and the end mark behind them.
+constexpr unsigned int RESOLVED_PER_FONT = GLYPHS_PER_FONT + 1;
+
 // Position of a glyph in the width and offset tables.
 unsigned int position(unsigned int font, unsigned int glyph)
 {
@@ -141,31 +144,38 @@ unsigned char Content::Font::width(unsigned int font, unsigned int glyph)
 
 unsigned int Content::Font::offset(unsigned int font, unsigned int glyph)
 {
-    // A stored 0 steps back to the glyph before, down to glyph 0 of this font
-    // at the latest, also from glyph 256.
-    while (glyph > 0 && !isEndMark(font, glyph) && storedOffset(font, glyph) == 0)
-        --glyph;
-    return offsetAfter(font, glyph, 0);
-}
-
-bool Content::Font::isEndMark(unsigned int font, unsigned int glyph)
-{
-    return font >= FONT_COUNT - 1 && glyph >= GLYPHS_PER_FONT;
-}
-
-unsigned int Content::Font::offsetAfter(unsigned int font, unsigned int glyph, unsigned int before)
-{
-    // Behind the last glyph of the last font lies the end of the entry.
-    if (isEndMark(font, glyph))
+    // Indices past the tables are the caller's to avoid; rather than a read
+    // outside the entry, they get its end.
+    if (font >= FONT_COUNT || glyph > GLYPHS_PER_FONT)
         return size;
-    // The table is one run, so glyph 256 reads glyph 0 of the next font. A
-    // stored 0 means "where the glyph before begins", except at glyph 0.
-    const unsigned int stored = storedOffset(font, glyph);
-    if (stored == 0 && glyph > 0)
-        return before;
-    // Offsets are 32-bit: a stored value near 4 GiB wraps around. Readers of
-    // the result keep their slices inside the entry (see clampToEntry).
-    return stored + HEADER_SIZE;
+    if (resolvedOffsets.empty())
+        resolveOffsets();
+    return resolvedOffsets[font * RESOLVED_PER_FONT + glyph];
+}
+
+void Content::Font::resolveOffsets()
+{
+    // Resolved once, each from the glyph before: asked glyph by glyph, the
+    // steps back over stored zeros would be taken anew for every glyph.
+    resolvedOffsets.resize(FONT_COUNT * RESOLVED_PER_FONT);
+    for (unsigned int font = 0; font < FONT_COUNT; ++font) {
+        unsigned int* resolved = &resolvedOffsets[font * RESOLVED_PER_FONT];
+        for (unsigned int glyph = 0; glyph <= GLYPHS_PER_FONT; ++glyph) {
+            // The table is one run, so glyph 256 reads glyph 0 of the next
+            // font; behind the last glyph of the last font lies the end of
+            // the entry.
+            if (font == FONT_COUNT - 1 && glyph == GLYPHS_PER_FONT) {
+                resolved[glyph] = size;
+                continue;
+            }
+            // A stored 0 means "where the glyph before begins", except at
+            // glyph 0, so no step back leaves the font. Offsets are 32-bit: a
+            // stored value near 4 GiB wraps around, and readers of the result
+            // keep their slices inside the entry (see clampToEntry).
+            const unsigned int stored = storedOffset(font, glyph);
+            resolved[glyph] = stored == 0 && glyph > 0 ? resolved[glyph - 1] : stored + HEADER_SIZE;
+        }
+    }
 }
 
 unsigned int Content::Font::storedOffset(unsigned int font, unsigned int glyph)
@@ -231,13 +241,9 @@ Content* Content::Font::createDebug(Content* content)
     std::vector<Write> glyphWrites;
     glyphWrites.reserve(GLYPH_COUNT);
     for (unsigned int f = 0; f < FONT_COUNT; ++f) {
-        // Each glyph's offset follows from the one before, which keeps the
-        // steps back for stored zeros from being taken again for every glyph.
-        unsigned int next = font->offset(f, 0);
         for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g) {
-            const unsigned int start = font->clampToEntry(next);
-            next = font->offsetAfter(f, g + 1, next);
-            const unsigned int end = font->clampToEntry(next);
+            const unsigned int start = font->clampToEntry(font->offset(f, g));
+            const unsigned int end = font->clampToEntry(font->offset(f, g + 1));
             Write glyphWrite;
             glyphWrite.setDebug(glyphBuilderName(f, g), content->data() + start, end > start ? end - start : 0);
             glyphWrites.push_back(glyphWrite);

@@ -34,9 +34,7 @@ private:
     bool hasFontHeader();
     bool bytesAre(unsigned int begin, unsigned int end, unsigned char value);
     unsigned int storedOffset(unsigned int font, unsigned int glyph);
-    // Where `glyph` begins, given where the glyph before it begins.
-    unsigned int offsetAfter(unsigned int font, unsigned int glyph, unsigned int before);
-    bool isEndMark(unsigned int font, unsigned int glyph);
+    void resolveOffsets();
     unsigned int clampToEntry(unsigned int offset);
     // Installs a palette that the font itself frees, at destruction or at the
     // next setPalette.
@@ -45,6 +43,9 @@ private:
 
     unsigned char* fontPalette;
     bool ownsPalette;
+    // Where each glyph of each font begins, end marks included; built on the
+    // first call to offset.
+    std::vector<unsigned int> resolvedOffsets;
 };
 
 } // namespace Lbx

@@ -98,12 +98,15 @@ void Content::Text::create(Write& write, std::vector<std::string>& strings)
     // no longer fit the header, and genContent refuses them.
     write.add2("nr", static_cast<unsigned short>(strings.size()));
     write.add2("textsize", static_cast<unsigned short>(textsize));
+    // Labels built once, not once a byte.
+    const std::string character = "text";
+    const std::string fill = "text fill";
     for (const std::string& text : strings) {
         for (std::size_t position = 0; position < textsize; ++position) {
             if (position < text.size())
-                write.add1("text", static_cast<unsigned char>(text[position]));
+                write.add1(character, static_cast<unsigned char>(text[position]));
             else
-                write.add1("text fill", 0);
+                write.add1(fill, 0);
         }
     }
 }

@@ -80,7 +80,16 @@ TEST(Font, StoredZeroStepsBackToTheGlyphBefore)
     EXPECT_EQ(font->offset(0, 66), 9121u);
     EXPECT_EQ(font->offset(0, 67), 9133u);
     EXPECT_EQ(font->offset(0, 68), 9133u);
+    EXPECT_EQ(font->offset(0, 256), 9133u); // glyph 0 of font 1 stores 0: back into font 0
+    EXPECT_EQ(font->offset(1, 0), 9116u);
     EXPECT_EQ(font->offset(5, 256), 9156u);
+    // Indices past the tables read nothing and answer the end of the entry.
+    EXPECT_EQ(font->offset(0, 257), 9156u);
+    EXPECT_EQ(font->offset(6, 0), 9156u);
+
+    std::unique_ptr<Content> next = contentOf(fontBytes(40, {{256, 7}}));
+    EXPECT_EQ(next->font()->offset(0, 256), 9123u);
+    EXPECT_EQ(next->font()->offset(1, 1), 9123u);
 }
 
 // The first glyph of non-zero length in file order stops the verifying; a
