@@ -35,6 +35,21 @@ inline bool tooLargeToDecode(Content::Graphic* graphic)
     return static_cast<unsigned long>(graphic->width()) * graphic->height() > LARGEST_DECODED;
 }
 
+// Tables of more records than this are read but not re-created: a record
+// is re-created at 100 bytes or more, so a few kilobytes of one-byte records
+// would be re-created as megabytes, and reach nothing new.
+constexpr unsigned int MOST_RECREATED_RECORDS = 512;
+
+// Whether re-creating the entry is worth its time (see above).
+inline bool worthRecreating(Content& entry)
+{
+    switch (entry.type()) {
+    case Content::GRAPHIC: return !tooLargeToDecode(entry.graphic());
+    case Content::TEXT: return entry.text()->size() <= MOST_RECREATED_RECORDS;
+    default: return true;
+    }
+}
+
 inline void graphic(Content::Graphic* graphic)
 {
     graphic->info();
@@ -86,7 +101,7 @@ inline void entry(Content& entry)
     case Content::TEXT: text(entry.text()); break;
     default: break;
     }
-    if (entry.type() == Content::GRAPHIC && tooLargeToDecode(entry.graphic()))
+    if (!worthRecreating(entry))
         return;
     // The verifying mode reports differences on std::cerr; keep them quiet.
     std::ostringstream sink;
