@@ -8,6 +8,7 @@
 #include "tools/PaletteSource.h"
 #include "tools/Png.h"
 #include "tools/Support.h"
+#include "tools/TextEscape.h"
 
 #include <filesystem>
 #include <iomanip>
@@ -126,12 +127,13 @@ private:
         frames(index, decoded, CURSOR_SIDE, CURSOR_SIDE, shown);
     }
 
-    // One string a line, its bytes as they stand.
+    // One string a line, escaped so that any byte survives the way back and
+    // the file, like the gallery's preview, is plain text.
     void text(unsigned int index, Content::Text* table, GalleryEntry& shown)
     {
         std::string lines, preview;
         for (unsigned int i = 0; i < table->size(); ++i) {
-            lines += table->get(i) + '\n';
+            lines += escapeText(table->get(i)) + '\n';
             if (i + 1 == PREVIEW_LINES)
                 preview = lines + "...";
         }

@@ -4,6 +4,7 @@
 #include "images/Palette.h"
 #include "kinds/Text.h"
 #include "tests/Fixtures.h"
+#include "tools/TextEscape.h"
 
 #include <gtest/gtest.h>
 #include <lodepng.h>
@@ -423,4 +424,27 @@ TEST_F(Tool, ImportReplacesAnEntryAndLeavesNothingBehind)
     EXPECT_EQ(changed[1]->info(), changed[0]->info());
     for (const auto& file : std::filesystem::directory_iterator(dir.path("sample")))
         EXPECT_EQ(file.path().extension(), ".LBX") << file.path();
+}
+
+// Text tables go out one record a line, escaped, so the file is plain ASCII
+// and every byte a record may hold comes back unchanged.
+TEST_F(Tool, ExportedTextIsPlainAsciiAndEveryByteComesBack)
+{
+    std::vector<std::string> records = {"", "plain", "line\nbreak\ttab\\"};
+    std::string high;
+    for (int byte = 1; byte < 256; ++byte)
+        high += static_cast<char>(byte);
+    records.push_back(high);
+    std::unique_ptr<Content> table(Content::Text::create(records));
+    const std::string path = dir.file("t.lbx", archive({bytesOf(table->data(), table->size())}));
+    ASSERT_EQ(lbx({"export", path, "-o", dir.path("out")}).status, 0);
+    const std::string text = readFile(dir.path("out/t_000.txt"));
+    for (const char c : text)
+        EXPECT_TRUE(c == '\n' || (c >= 0x20 && c <= 0x7E)) << int(c);
+    std::vector<std::string> back;
+    std::size_t start = 0;
+    for (std::size_t end; (end = text.find('\n', start)) != std::string::npos; start = end + 1)
+        back.push_back(lbxtool::unescapeText(text.substr(start, end - start)));
+    EXPECT_EQ(back, records);
+    EXPECT_EQ(start, text.size());
 }

@@ -1,0 +1,22 @@
+#ifndef ZORV2_LBX_TOOLS_TEXTESCAPE_H
+#define ZORV2_LBX_TOOLS_TEXTESCAPE_H
+
+#include <string>
+
+// One text record as one line of plain ASCII, and back. Bytes 0x20 to 0x7E
+// other than the backslash stand as themselves; a backslash is written `\\`,
+// a line feed `\n`, a carriage return `\r`, a tab `\t`, and every other byte
+// `\xHH` with two upper-case hex digits. The line is thus valid UTF-8 and
+// opens in any editor, whatever the record holds.
+namespace lbxtool {
+
+std::string escapeText(const std::string& record);
+
+// The record a line stands for. Accepts exactly the forms above (hex digits
+// in either case); anything else throws a message naming the problem and
+// the column (counted from 1) where it starts.
+std::string unescapeText(const std::string& line);
+
+} // namespace lbxtool
+
+#endif
