@@ -53,12 +53,13 @@ Content::Text::Text(std::string name, char* data, unsigned int size, TYPE type)
     const unsigned int textsize = read2(TEXTSIZE_OFFSET);
     // Widened before multiplying: the 16-bit fields would otherwise be
     // promoted to int, whose range their product can leave. The match with
-    // the size is also what keeps every record that get cuts inside the entry.
+    // the size is also what keeps every record that get cuts inside the copy.
     if (std::uint64_t{nr} * textsize + RECORDS_OFFSET != size)
         return;
     valid = true;
     recordCount = nr;
     recordLength = textsize;
+    records.assign(data + RECORDS_OFFSET, data + size);
 }
 
 Content::Text::~Text() = default;
@@ -70,11 +71,11 @@ std::string Content::Text::info()
 
 std::string Content::Text::get(unsigned int index)
 {
-    // An index past the last record has no string; nothing outside the entry
-    // is read for it.
+    // An index past the last record has no string; nothing outside the
+    // records is read for it.
     if (index >= recordCount)
         return "";
-    const char* begin = data + RECORDS_OFFSET + std::size_t{index} * recordLength;
+    const char* begin = records.data() + std::size_t{index} * recordLength;
     const char* end = begin + recordLength;
     return std::string(begin, std::find(begin, end, '\0'));
 }

@@ -10,9 +10,10 @@
 namespace zorv2 {
 namespace Lbx {
 
-// A table of strings in records of one fixed length. The constructor only
-// checks the header against the size; get cuts a record out of the entry's
-// bytes, which its Content keeps alive as long as this object.
+// A table of strings in records of one fixed length. The constructor checks
+// the header against the size and keeps a copy of the records, so that the
+// strings no longer depend on the entry's bytes; get cuts a record out of
+// that copy.
 class Content::Text : public Content::AbstractContent {
 public:
     Text(std::string name, char* data, unsigned int size, TYPE type);
@@ -31,6 +32,9 @@ private:
     // Both 0 for a refused entry, which so has no strings.
     unsigned int recordCount;
     unsigned int recordLength;
+    // The records as the entry held them: one copy instead of a string each
+    // keeps opening an archive cheap.
+    std::vector<char> records;
 };
 
 } // namespace Lbx
