@@ -2,6 +2,7 @@
 
 #include "images/Palette.h"
 
+#include <algorithm>
 #include <memory>
 
 namespace zorv2 {
@@ -170,8 +171,7 @@ void Content::Font::resolveOffsets()
             }
             // A stored 0 means "where the glyph before begins", except at
             // glyph 0, so no step back leaves the font. Offsets are 32-bit: a
-            // stored value near 4 GiB wraps around, and readers of the result
-            // keep their slices inside the entry (see clampToEntry).
+            // stored value near 4 GiB wraps around.
             const unsigned int stored = storedOffset(font, glyph);
             resolved[glyph] = stored == 0 && glyph > 0 ? resolved[glyph - 1] : stored + HEADER_SIZE;
         }
@@ -181,11 +181,6 @@ void Content::Font::resolveOffsets()
 unsigned int Content::Font::storedOffset(unsigned int font, unsigned int glyph)
 {
     return read4(OFFSETS_OFFSET + position(font, glyph) * OFFSET_SIZE);
-}
-
-unsigned int Content::Font::clampToEntry(unsigned int offset)
-{
-    return offset < size ? offset : size;
 }
 
 unsigned char* Content::Font::glyph(unsigned int font, unsigned int glyph)
@@ -235,17 +230,20 @@ Content* Content::Font::createDebug(Content* content)
     // Nothing reads this palette; the font owns it so that it does not leak.
     font->adoptPalette(Palette::fake());
 
-    // Each glyph is held against its slice of the stored glyph bytes. Offsets
-    // that point outside the entry are clamped to its end, and an end at or
-    // before the start gives length 0, so no slice reaches outside the entry.
+    // A glyph's length is the distance between its stored offset and the
+    // next one, as they stand, also where they point past the entry; an end
+    // at or before the start gives length 0. The glyph builders stay empty,
+    // so only that length is compared and no reference byte is read: one
+    // that lies outside the entry is referred to by the entry's end.
     std::vector<Write> glyphWrites;
     glyphWrites.reserve(GLYPH_COUNT);
     for (unsigned int f = 0; f < FONT_COUNT; ++f) {
         for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g) {
-            const unsigned int start = font->clampToEntry(font->offset(f, g));
-            const unsigned int end = font->clampToEntry(font->offset(f, g + 1));
+            const unsigned int start = font->offset(f, g);
+            const unsigned int end = font->offset(f, g + 1);
             Write glyphWrite;
-            glyphWrite.setDebug(glyphBuilderName(f, g), content->data() + start, end > start ? end - start : 0);
+            glyphWrite.setDebug(glyphBuilderName(f, g), content->data() + std::min(start, content->size()),
+                                end > start ? end - start : 0);
             glyphWrites.push_back(glyphWrite);
         }
     }

@@ -35,7 +35,6 @@ private:
     bool bytesAre(unsigned int begin, unsigned int end, unsigned char value);
     unsigned int storedOffset(unsigned int font, unsigned int glyph);
     void resolveOffsets();
-    unsigned int clampToEntry(unsigned int offset);
     // Installs a palette that the font itself frees, at destruction or at the
     // next setPalette.
     void adoptPalette(unsigned char* palette);

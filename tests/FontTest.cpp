@@ -55,13 +55,19 @@ TEST(Font, CreatedHeaderReadsBackAndVerifies)
     ASSERT_EQ(created->type(), Content::FONT);
     ASSERT_EQ(created->size(), HEADER_SIZE);
     Content::Font* font = created->font();
+    std::vector<unsigned int> heightsRead, widthsRead, offsetsRead;
     for (unsigned int f = 0; f < 6; ++f) {
-        EXPECT_EQ(font->height(f), heights[f]);
+        heightsRead.push_back(font->height(f));
+        for (unsigned int g = 0; g < 256; ++g)
+            widthsRead.push_back(font->width(f, g));
         for (unsigned int g = 0; g <= 256; ++g)
-            EXPECT_TRUE(font->offset(f, g) == HEADER_SIZE && (g == 256 || font->width(f, g) == widths[f * 256 + g]))
-                << f << "/" << g;
+            offsetsRead.push_back(font->offset(f, g));
     }
-    std::unique_ptr<unsigned char[]> blank(font->glyph(5, 3)), none(font->glyph(0, 0));
+    EXPECT_EQ(heightsRead, std::vector<unsigned int>(heights, heights + 6));
+    EXPECT_EQ(widthsRead, std::vector<unsigned int>(widths, widths + 1536));
+    EXPECT_EQ(offsetsRead, std::vector<unsigned int>(6 * 257, HEADER_SIZE));
+    // Width 3 (glyph 3 of font 5) by height 2, all transparent.
+    std::unique_ptr<unsigned char[]> blank(font->glyph(5, 3));
     EXPECT_EQ(std::vector<unsigned char>(blank.get(), blank.get() + 24), std::vector<unsigned char>(24, 0));
 
     testing::internal::CaptureStderr();
@@ -92,20 +98,25 @@ TEST(Font, StoredZeroStepsBackToTheGlyphBefore)
     EXPECT_EQ(next->font()->offset(1, 1), 9123u);
 }
 
-// The first glyph of non-zero length in file order stops the verifying; a
-// slice never reaches outside the entry, whatever the offsets claim.
-TEST(Font, VerifyingMeasuresEachGlyphInsideTheEntry)
+// The first glyph of non-zero length in file order stops the verifying. Its
+// length comes from the stored offsets as they stand, also where they point
+// past the entry, which is never read there.
+TEST(Font, VerifyingMeasuresEachGlyphByItsStoredOffsets)
 {
     struct Case { const char* what; unsigned int glyphBytes; Stored stored; std::string failure, line; };
     const Case cases[] = {
         {"glyph 65 runs up to 66", 40, {{66, 5}, {67, 17}}, "debug font 0 - glyph  65",
          "is     0, should be     5  'size'\n"},
+        {"no glyph bytes, glyph 66 past the end", 0, {{66, 5}}, "debug font 0 - glyph  65",
+         "is     0, should be     5  'size'\n"},
         {"backwards", 10, {{0, 8}, {1, 3}}, "debug font 5 - glyph 255", "is     0, should be    10  'size'\n"},
         {"end behind the entry", 10, {{0, 4}, {1, 1000}}, "debug font 0 - glyph   0",
-         "is     0, should be     6  'size'\n"},
-        // 0xFFFFFFFF + 9116 wraps to 9115: one byte of the header.
+         "is     0, should be   996  'size'\n"},
+        {"start behind the entry", 10, {{0, 4000}, {1, 5000}}, "debug font 0 - glyph   0",
+         "is     0, should be  1000  'size'\n"},
+        // 0xFFFFFFFF + 9116 wraps to 9115: from the last byte of the header.
         {"start wraps around", 0, {{0, 0xFFFFFFFF}, {1, 1000}}, "debug font 0 - glyph   0",
-         "is     0, should be     1  'size'\n"},
+         "is     0, should be  1001  'size'\n"},
         {"every glyph at the end", 10, {{0, 10}, {256, 10}, {512, 10}, {768, 10}, {1024, 10}, {1280, 10}},
          "debug font", "is  9116, should be  9126  'size'\n"},
     };
