@@ -151,10 +151,15 @@ bool Content::Palette::Index::onGrid(const unsigned char* entry)
 }
 
 Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsigned int end)
-    : palette(palette), begin(begin), end(std::min(end, COLORS)), keys(), indices()
+    : palette(palette), begin(begin), end(std::min(end, COLORS)), built(false), keys(), indices()
 {
+}
+
+void Content::Palette::Index::build()
+{
+    built = true;
     // Upwards, so that a repeated colour keeps its lowest index.
-    for (unsigned int i = begin; i < this->end; ++i) {
+    for (unsigned int i = begin; i < end; ++i) {
         const unsigned char* entry = palette + i * ENTRY_SIZE;
         if (!onGrid(entry))
             continue;

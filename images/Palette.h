@@ -35,6 +35,8 @@ public:
 // lowest index in the range whose entry equals the pixel's colour reduced to
 // DAC precision, at the cost of one hash probe instead of a scan through up
 // to 256 entries. An entry off the 4-step grid matches nothing, as there.
+// The palette is first read when the first colour is asked for, so that an
+// encoder with nothing to paint may be given none.
 class Content::Palette::Index {
 public:
     Index(unsigned char* palette, unsigned int begin, unsigned int end);
@@ -43,6 +45,8 @@ public:
     // Inline: the encoders call it once a pixel.
     unsigned char find(unsigned char* color)
     {
+        if (!built)
+            build();
         const std::uint32_t wanted = key(color) + 1;
         for (unsigned int slot = slotOf(wanted); keys[slot] != 0; slot = (slot + 1) % SLOTS)
             if (keys[slot] == wanted)
@@ -74,16 +78,17 @@ private:
     }
 
     static bool onGrid(const unsigned char* entry);
+    void build();
     unsigned char notFound(unsigned char* color);
 
     unsigned char* palette;
     unsigned int begin;
     unsigned int end;
+    bool built;
     // Key + 1 of the colour in each slot, 0 for a free slot, and its index.
     std::uint32_t keys[SLOTS];
     unsigned char indices[SLOTS];
 };
-
 
 } // namespace Lbx
 } // namespace zorv2

@@ -1,5 +1,6 @@
 #include "CursorFontFixture.h"
 
+#include "entry/Write.h"
 #include "images/Cursor.h"
 #include "images/Palette.h"
 
@@ -78,6 +79,14 @@ TEST(Cursor, CreatedEntryDecodesToItsInputAndVerifies)
     std::copy_n(Bytes{0, 252, 0, 1}.begin(), 4, frames[19].end() - 4);
     expectFailure([&] { delete Content::Cursor::create(palette.data(), pointers); },
                   "color 0,252,0 not found in palette");
+
+    // Fully transparent frames look up no colour, so no search palette is needed.
+    const Bytes transparent(DECODED_FRAME, 0);
+    for (unsigned int f = 0; f < 20; ++f)
+        pointers[f] = const_cast<unsigned char*>(transparent.data());
+    Content::Write write;
+    Content::Cursor::create(write, palette.data(), pointers, nullptr);
+    EXPECT_EQ(write.size(), ENTRY_SIZE);
 }
 
 TEST(Cursor, RebuildsKeepEveryStoredIndex)

@@ -95,6 +95,8 @@ TEST(GraphicEncode, Failures)
     auto palette = fake();
     Bytes odd = {13, 14, 15, 255};
     unsigned char* one[] = {odd.data()};
+    Bytes clear = {13, 14, 15, 0};
+    unsigned char* none[] = {clear.data()};
     auto example = entryOf(exampleEntry());
     auto unknown = entryOf({1, 2, 3});
     const struct { const char* what; std::function<void()> call; std::string text; } cases[] = {
@@ -104,6 +106,11 @@ TEST(GraphicEncode, Failures)
          "color 0,0,0 not found in palette"},
         {"no frames, no palette", [&] { Graphic::create(one, palette.get(), 1, 1, 0, 0, 0, 0, 0, 0); },
          "bug in graphic creation, sorry"},
+        // Without a pixel to look up, no palette to look it up in is needed.
+        {"no frames, no lookup palette", [&] { Graphic::create(one, nullptr, 1, 1, 0, 0, 0, 0, 0, 0); },
+         "bug in graphic creation, sorry"},
+        {"nothing painted, no lookup palette", [&] { delete Graphic::create(none, nullptr, 1, 1, 1, 0, 0, 0, 0, 0); },
+         ""},
         {"rows 1000 apart", [&] { encode({painted(1001, {{0, 1}, {1000, 1}})}, 1, 1001); },
          "graphic frame 0 has painted rows 1000 apart, which cannot be stored"},
         {"rows 999 apart", [&] { encode({painted(1001, {{0, 1}, {999, 1}})}, 1, 1001); }, ""},
