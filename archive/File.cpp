@@ -144,28 +144,33 @@ std::string File::path()
 
 void File::push_back(Content* content)
 {
-    // The one door into the list: every other form ends here.
+    // The one door into the list: every other form ends here, so all are
+    // bound by the limit.
     ensureRoom(entries);
     entries.push_back(content);
 }
 
 void File::push_back(char* data, unsigned int size)
 {
+    // Checked before the block is taken over, so that a refused block stays
+    // the caller's.
     ensureRoom(entries);
-    entries.push_back(new Content("added content", data, size));
+    push_back(new Content("added content", data, size));
 }
 
 void File::push_back(std::string path)
 {
-    ensureRoom(entries);
-    entries.push_back(new Content(std::move(path)));
+    // The file is read first: a missing one is reported even on a full archive.
+    std::unique_ptr<Content> entry(new Content(std::move(path)));
+    push_back(entry.get());
+    entry.release();
 }
 
 void File::push_back(std::ifstream& stream, unsigned int begin, unsigned int end)
 {
-    ensureRoom(entries);
     // begin and end give the length only; the caller has positioned the
-    // stream. An end below begin gives an empty entry rather than a 4 GiB one.
+    // stream, which has moved on by then even when the limit refuses the
+    // bytes. An end below begin gives an empty entry rather than a 4 GiB one.
     const unsigned int length = end > begin ? end - begin : 0;
     std::unique_ptr<char[]> block(new char[length]());
     stream.read(block.get(), length);

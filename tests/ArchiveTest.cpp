@@ -143,14 +143,16 @@ TEST(Archive, AppendsInEveryFormUpTo509)
     EXPECT_EQ(thrownBy([&] { file.push_back(refused); }), full);
     EXPECT_EQ(thrownBy([&] { file.push_back(data, 1); }), full);
     EXPECT_EQ(thrownBy([&] { file.push_back(source); }), full);
+    // The stream's bytes are read before the limit refuses them.
     EXPECT_EQ(thrownBy([&] { file.push_back(stream, 0, 1); }), full);
+    EXPECT_EQ(stream.tellg(), std::streampos(5));
+    // The file is read before the limit is checked, so a missing one is
+    // reported as such, full archive or not.
+    const std::string missing = dir.path("missing.bin");
+    EXPECT_EQ(thrownBy([&] { file.push_back(missing); }), "'" + missing + "' could not be opened");
     EXPECT_EQ(file.size(), 509u);
     delete refused; // both stayed the caller's
     delete[] data;
-
-    const std::string missing = dir.path("missing.bin");
-    File other;
-    EXPECT_EQ(thrownBy([&] { other.push_back(missing); }), "'" + missing + "' could not be opened");
 }
 
 TEST(Archive, ReplaceHandsTheOldEntryBack)
