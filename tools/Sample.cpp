@@ -339,7 +339,7 @@ void sphersfxArchive(const std::string& folder)
 
 void starnameArchive(const std::string& folder)
 {
-    std::vector<std::string> names = {"Sol", "Vega", "Rigel", "Deneb", "Altair", "Mira", "Antares", "Polaris"};
+    std::vector<std::string> names = {"Sol", "Vega", "Rigel", "Deneb", "Altair", "Mira", "Polaris", "Sirius"};
     std::vector<std::string> notes = {
         "A yellow star of middling size, home of a race that learned to sail between the stars late and quickly.",
         "A blue giant; its planets are young, hot and rich in metals, and nobody has lived there for long.",

@@ -190,7 +190,7 @@ TEST_F(Tool, ExportedFramesAreTheLibrarysFramesInTheGamesColours)
         EXPECT_EQ(decodePng(frameFile(out, "FONTS_001", f)),
                   std::vector<unsigned char>(cursor->get(f), cursor->get(f) + 24 * 24 * 4));
 
-    EXPECT_EQ(readFile(out + "/STARNAME_000.txt"), "Sol\nVega\nRigel\nDeneb\nAltair\nMira\nAntares\nPolaris\n");
+    EXPECT_EQ(readFile(out + "/STARNAME_000.txt"), "Sol\nVega\nRigel\nDeneb\nAltair\nMira\nPolaris\nSirius\n");
     const std::string page = readFile(out + "/index.html");
     for (const char* shown : {"INBOX.LBX[1]", "INBOX_001_007.png", "data-frames", "SPHERSFX_000.wav", "FONTS_000_metrics.txt"})
         EXPECT_NE(page.find(shown), std::string::npos) << shown;
