@@ -25,14 +25,15 @@ inline void tolerate(const std::function<void()>& operation)
     }
 }
 
-// Frames of more pixels than a full 320 x 200 screen are neither decoded nor
-// re-created: they take long to clear, copy and scan, and add nothing that
-// smaller ones do not already reach.
-constexpr unsigned long LARGEST_DECODED = 1 << 16;
+// A matter of pace, not of safety (the library refuses what it cannot hold):
+// frames of more pixels than a full 320 x 200 screen are neither decoded nor
+// re-created, as they take long to clear, copy and scan, and reach nothing
+// that smaller ones do not.
+constexpr unsigned long SCREEN_PIXELS = 320 * 200;
 
-inline bool tooLargeToDecode(Content::Graphic* graphic)
+inline bool slowToDecode(Content::Graphic* graphic)
 {
-    return static_cast<unsigned long>(graphic->width()) * graphic->height() > LARGEST_DECODED;
+    return static_cast<unsigned long>(graphic->width()) * graphic->height() > SCREEN_PIXELS;
 }
 
 // Tables of more records than this are read but not re-created: a record
@@ -44,7 +45,7 @@ constexpr unsigned int MOST_RECREATED_RECORDS = 512;
 inline bool worthRecreating(Content& entry)
 {
     switch (entry.type()) {
-    case Content::GRAPHIC: return !tooLargeToDecode(entry.graphic());
+    case Content::GRAPHIC: return !slowToDecode(entry.graphic());
     case Content::TEXT: return entry.text()->size() <= MOST_RECREATED_RECORDS;
     default: return true;
     }
@@ -54,7 +55,7 @@ inline void graphic(Content::Graphic* graphic)
 {
     graphic->info();
     tolerate([&] { std::unique_ptr<unsigned char[]> copy(graphic->paletteCopy()); });
-    if (tooLargeToDecode(graphic))
+    if (slowToDecode(graphic))
         return;
     tolerate([&] { graphic->pixarray(); });
     std::unique_ptr<unsigned char[]> fake(Content::Palette::fake());

@@ -74,9 +74,13 @@ constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
 constexpr unsigned char OPAQUE = 255;
 constexpr unsigned int DAC_SHIFT = 2;
 
-// 16-bit sides could ask for 17 GB a frame. No image of the game comes near
-// this; a frame above it is refused instead of allocated.
-constexpr std::uint64_t MAX_DECODED_PIXELS = std::uint64_t{1} << 26;
+// What decoding may ask of memory. 16-bit sides could ask for 17 GB a frame,
+// and 65535 frames cached on the way to the last one for a thousand times
+// that, from an entry of a few hundred kilobytes. No graphic of the game
+// comes near either limit: a frame above the first, or a cache that would
+// grow above the second, is refused before anything is allocated.
+constexpr std::uint64_t MAX_FRAME_PIXELS = std::uint64_t{1} << 26;     // 256 MiB of RGBA
+constexpr std::uint64_t MAX_CACHED_PIXELS = std::uint64_t{1} << 28;    // 1 GiB of RGBA
 
 std::runtime_error invalidFrameIndex(unsigned int index, const std::string& name)
 {
@@ -88,10 +92,11 @@ std::runtime_error noInternalPalette(const std::string& name)
     return std::runtime_error("graphic " + name + " does not have an internal palette");
 }
 
-std::runtime_error tooLargeToDecode(const std::string& name, unsigned int width, unsigned int height)
+std::runtime_error tooLargeToDecode(const std::string& name, unsigned int width, unsigned int height,
+                                    const std::string& frames = "")
 {
     return std::runtime_error("graphic " + name + " is too large to decode (" + std::to_string(width) + "x" +
-                              std::to_string(height) + ")");
+                              std::to_string(height) + frames + ")");
 }
 
 std::runtime_error rowsTooFarApart(unsigned int frame)
@@ -391,7 +396,7 @@ std::string debugFrameName(unsigned int index)
 Content::Graphic::Graphic(std::string name, char* data, unsigned int size, TYPE type)
     : AbstractContent(std::move(name), data, size, type), imageWidth(0), imageHeight(0), frameCount(0), flagWord(0),
       clearOnceValue(0), clearModValue(0), ownPalette(nullptr), frameTable(nullptr), paletteBlock(0),
-      currentPalette(nullptr), frameCache(nullptr)
+      currentPalette(nullptr), frameCache(nullptr), cachedFrames(0)
 {
     if (size < MIN_SIZE)
         return;
@@ -472,6 +477,7 @@ void Content::Graphic::dropFrames()
         delete[] frameCache[i];
         frameCache[i] = nullptr;
     }
+    cachedFrames = 0;
 }
 
 void Content::Graphic::recycleFrames()
@@ -483,6 +489,7 @@ void Content::Graphic::recycleFrames()
             spareFrames.emplace_back(frameCache[i]);
         frameCache[i] = nullptr;
     }
+    cachedFrames = 0;
 }
 
 unsigned char* Content::Graphic::frameBuffer(std::size_t bytes)
@@ -603,9 +610,15 @@ unsigned char** Content::Graphic::decodeIndices()
 std::size_t Content::Graphic::frameBytes()
 {
     const std::uint64_t pixels = pixelsOf(imageWidth, imageHeight);
-    if (pixels > MAX_DECODED_PIXELS)
+    if (pixels > MAX_FRAME_PIXELS)
         throw tooLargeToDecode(name, imageWidth, imageHeight);
     return static_cast<std::size_t>(pixels * PIXEL_SIZE);
+}
+
+void Content::Graphic::ensureCacheRoom(std::uint64_t frames)
+{
+    if (frames * pixelsOf(imageWidth, imageHeight) > MAX_CACHED_PIXELS)
+        throw tooLargeToDecode(name, imageWidth, imageHeight, ", " + std::to_string(frames) + " frames");
 }
 
 unsigned char* Content::Graphic::frame(unsigned int index)
@@ -624,12 +637,15 @@ unsigned char* Content::Graphic::frame(unsigned int index)
     // frame that starts empty or is decoded already. Frame 0 always starts
     // empty, which ends the walk back.
     unsigned int first = index;
-    while (!frameCache[first] && !isClear(first))
-        --first;
+    unsigned int missing = 1;
+    for (; !frameCache[first] && !isClear(first); --first)
+        missing += frameCache[first - 1] ? 0 : 1;
+    ensureCacheRoom(std::uint64_t{cachedFrames} + missing);
     for (unsigned int i = first; i <= index; ++i) {
         if (frameCache[i])
             continue;
         frameCache[i] = frameBuffer(bytes);
+        ++cachedFrames;
         // A frame that starts empty is not cleared before it is painted: a
         // raw frame paints every pixel, and a compressed one zeroes the
         // pixels that its runs pass over.
@@ -646,6 +662,8 @@ unsigned char* Content::Graphic::frame(unsigned int index)
 
 unsigned char** Content::Graphic::pixarray()
 {
+    // An animation too large to hold is refused before its first frame is decoded.
+    ensureCacheRoom(frameCount);
     for (unsigned int i = 0; i < frameCount; ++i)
         frame(i);
     return frameCache;

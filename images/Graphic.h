@@ -5,6 +5,7 @@
 #include "entry/Write.h"
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -76,7 +77,10 @@ private:
     bool readTable(unsigned int* table);
     bool firstOffsetFits(unsigned int first);
     bool framesFit(unsigned int* table);
+    // Both throw "too large to decode" where decoding would ask too much of
+    // memory: one frame, or the frames the cache would hold at once.
     std::size_t frameBytes();
+    void ensureCacheRoom(std::uint64_t frames);
     void dropFrames();
     // setPalette empties the cache slots but keeps their buffers for the
     // frames decoded next: every frame has the same size, and a large
@@ -105,6 +109,7 @@ private:
     unsigned char** frameCache;
     std::unique_ptr<unsigned char[]> installedPalette;
     std::vector<std::unique_ptr<unsigned char[]>> spareFrames;
+    unsigned int cachedFrames;
 };
 
 } // namespace Lbx

@@ -116,3 +116,28 @@ TEST(GraphicDecode, LyingStreams)
     huge->graphic()->setPalette(palette.get());
     EXPECT_EQ(thrownBy([&] { huge->graphic()->frame(0); }), "graphic big is too large to decode (65535x65535)");
 }
+
+// A few hundred kilobytes of 65535 empty 8192 x 8192 frames, each a delta:
+// the last one replays them all, and holding them would take 16 TiB. The
+// budget refuses before anything is allocated.
+TEST(GraphicDecode, AnimationsTooLargeToHoldAreRefusedUpFront)
+{
+    constexpr unsigned int frames = 65535, tableEnd = 12 + 4 * (frames + 1);
+    Bytes bytes = header(8192, 8192, frames, 0, {});
+    for (unsigned int f = 0; f <= frames; ++f) {
+        const unsigned int offset = f < frames ? tableEnd + 2 * f : tableEnd + 2 * frames + 1;
+        for (unsigned int shift = 0; shift < 32; shift += 8)
+            bytes.push_back(static_cast<unsigned char>(offset >> shift));
+    }
+    for (unsigned int f = 0; f < frames; ++f)
+        bytes.insert(bytes.end(), {1, 0});
+    bytes.push_back(0);
+    auto animation = entryOf(bytes, "anim");
+    ASSERT_EQ(animation->type(), Content::GRAPHIC);
+    auto palette = fake();
+    animation->graphic()->setPalette(palette.get());
+    const std::string tooLarge = "graphic anim is too large to decode (8192x8192, ";
+    EXPECT_EQ(thrownBy([&] { animation->graphic()->frame(frames - 1); }), tooLarge + "65535 frames)");
+    EXPECT_EQ(thrownBy([&] { animation->graphic()->frame(4); }), tooLarge + "5 frames)");
+    EXPECT_EQ(thrownBy([&] { animation->graphic()->pixarray(); }), tooLarge + "65535 frames)");
+}

@@ -54,8 +54,8 @@ bool recreatable(Content* entry)
     case Content::CURSOR:
     case Content::EMPTY:
     case Content::FONT:
+    case Content::GRAPHIC:
     case Content::TEXT: return true;
-    case Content::GRAPHIC: return decodable(entry->graphic());
     default: return false;
     }
 }

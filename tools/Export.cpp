@@ -97,8 +97,6 @@ private:
 
     void graphic(unsigned int index, Content::Graphic* graphic, GalleryEntry& shown)
     {
-        if (!decodable(graphic))
-            throw std::runtime_error("too large to decode");
         PaletteArray palette = palettes.forGraphic(index);
         if (graphic->frames() == 0) {
             swatch(index, palette.get(), shown);

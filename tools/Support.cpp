@@ -19,10 +19,6 @@ namespace lbxtool {
 
 namespace {
 
-// What one graphic's decoded frames may take: far above any picture of the
-// game, far below what a hostile header can ask for.
-constexpr std::uint64_t DECODE_BUDGET = 256ull * 1024 * 1024;
-
 std::string upper(std::string text)
 {
     std::transform(text.begin(), text.end(), text.begin(),
@@ -192,13 +188,6 @@ EntryRef parseEntryRef(const std::string& text)
     if (colon == 0 || !numeric)
         throw std::runtime_error("'" + text + "' names no entry; write ARCHIVE:INDEX");
     return {text.substr(0, colon), static_cast<unsigned int>(std::stoul(digits))};
-}
-
-bool decodable(Content::Graphic* graphic)
-{
-    const std::uint64_t bytes =
-        std::uint64_t(graphic->width()) * graphic->height() * graphic->frames() * BYTES_PER_PIXEL;
-    return bytes <= DECODE_BUDGET;
 }
 
 } // namespace lbxtool

@@ -98,10 +98,6 @@ struct EntryRef {
 };
 EntryRef parseEntryRef(const std::string& text);
 
-// Whether decoding all frames of a graphic stays within what the tool is
-// prepared to hold in memory; header values alone could ask for gigabytes.
-bool decodable(Content::Graphic* graphic);
-
 } // namespace lbxtool
 
 #endif

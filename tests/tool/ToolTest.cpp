@@ -323,7 +323,8 @@ TEST_F(Tool, HostileGraphicsAreRefusedOrSurvivedWithoutACrash)
     }));
     const Outcome exported = lbx({"export", hostile, "-o", dir.path("out"), "--html"});
     EXPECT_EQ(exported.status, 1);
-    EXPECT_NE(exported.err.find("lbx: " + hostile + "[0]: too large to decode\n"), std::string::npos);
+    EXPECT_NE(exported.err.find("lbx: " + hostile + "[0]: graphic " + hostile + "[0] is too large to decode (65535x65535)\n"),
+              std::string::npos);
     const Outcome verified = lbx({"verify", hostile});
     EXPECT_TRUE(verified.status == 0 || verified.status == 1) << verified.err;
     EXPECT_NE(verified.out.find("  graphic        "), std::string::npos);
