@@ -2,6 +2,7 @@
 #include "Table.h"
 
 #include "images/Graphic.h"
+#include "images/PixelLayout.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,7 +16,7 @@ using zorv2::Lbx::Content;
 
 namespace {
 
-constexpr std::size_t PIXEL_SIZE = 4;
+using zorv2::Lbx::layout::PIXEL_SIZE;
 constexpr Coding CODINGS[] = {Coding::DELTA, Coding::CLEAR, Coding::RAW};
 
 // Raw frames are palette lookups and nothing else; a compressed frame also

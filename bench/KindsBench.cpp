@@ -2,6 +2,7 @@
 #include "Table.h"
 
 #include "images/Cursor.h"
+#include "images/PixelLayout.h"
 #include "kinds/Text.h"
 
 #include <benchmark/benchmark.h>
@@ -17,7 +18,8 @@ namespace {
 
 constexpr unsigned int TABLE_STRINGS = 1000;
 constexpr std::size_t TEXT_HEADER = 4;
-constexpr std::size_t CURSOR_PALETTE_BYTES = 1024;
+using zorv2::Lbx::layout::PALETTE_BYTES;
+using zorv2::Lbx::layout::PIXEL_SIZE;
 constexpr std::size_t CURSOR_PIXELS = 20 * 576;
 
 const char* const TEXT_CREATE = "Text::create, 1000 strings";
@@ -130,7 +132,7 @@ std::shared_ptr<CursorWork> makeCursor()
 
 void countCursor(benchmark::State& state)
 {
-    state.SetBytesProcessed(state.iterations() * CURSOR_PIXELS * 4);
+    state.SetBytesProcessed(state.iterations() * CURSOR_PIXELS * PIXEL_SIZE);
     state.SetItemsProcessed(state.iterations() * CURSOR_PIXELS);
 }
 
@@ -157,7 +159,7 @@ void cursorFloor(benchmark::State& state, CursorWork& work)
 {
     PaletteLoop loop(work.palette);
     std::vector<std::uint32_t> rgba(CURSOR_PIXELS);
-    const auto* indices = reinterpret_cast<const unsigned char*>(work.entry->data()) + CURSOR_PALETTE_BYTES;
+    const auto* indices = reinterpret_cast<const unsigned char*>(work.entry->data()) + PALETTE_BYTES;
     for (auto _ : state) {
         loop.map(indices, CURSOR_PIXELS, rgba.data());
         benchmark::ClobberMemory();

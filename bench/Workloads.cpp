@@ -1,6 +1,7 @@
 #include "Workloads.h"
 
 #include "entry/Write.h"
+#include "images/PixelLayout.h"
 #include "images/Cursor.h"
 #include "images/Font.h"
 #include "images/Graphic.h"
@@ -18,10 +19,7 @@ using zorv2::Lbx::Content;
 
 namespace {
 
-constexpr unsigned int COLORS = 256;
-constexpr unsigned int PIXEL_SIZE = 4;
-constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
-constexpr unsigned char OPAQUE = 255;
+using namespace zorv2::Lbx::layout;
 
 // Scene indices: the background keeps to 1..120, the moving disc to 200..207.
 constexpr unsigned int DISC_COLOR = 200;
@@ -172,7 +170,7 @@ std::unique_ptr<Content> rotationGraphic(unsigned int slot)
 
 Bytes scenePalette()
 {
-    Bytes palette(COLORS * PIXEL_SIZE);
+    Bytes palette(PALETTE_BYTES);
     for (unsigned int i = 0; i < COLORS; ++i) {
         unsigned char* entry = palette.data() + i * PIXEL_SIZE;
         entry[RED] = static_cast<unsigned char>((i % 64) * 4);

@@ -4,19 +4,19 @@
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
+# Consumers include through the folders ("archive/File.h") or the umbrella
+# header: only the project folder is on their path, so that short class
+# names such as Font.h or Text.h never shadow another package's headers.
 set(ZORV2_LBX_INCLUDE_ROOT ${CMAKE_INSTALL_INCLUDEDIR}/zorv2-lbx)
 target_include_directories(zorv2-lbx PUBLIC $<INSTALL_INTERFACE:${ZORV2_LBX_INCLUDE_ROOT}>)
-set(ZORV2_LBX_PC_FOLDER_FLAGS "")
-foreach(folder IN LISTS ZORV2_LBX_FOLDERS)
-    target_include_directories(zorv2-lbx PUBLIC $<INSTALL_INTERFACE:${ZORV2_LBX_INCLUDE_ROOT}/${folder}>)
-    string(APPEND ZORV2_LBX_PC_FOLDER_FLAGS " -I\${includedir}/${folder}")
-endforeach()
 
 install(TARGETS zorv2-lbx EXPORT zorv2-lbx-targets
     ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
     LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
     RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
-install(DIRECTORY ${ZORV2_LBX_FOLDERS} DESTINATION ${ZORV2_LBX_INCLUDE_ROOT} FILES_MATCHING PATTERN "*.h")
+# PixelLayout.h is the library's own: no installed header includes it.
+install(DIRECTORY ${ZORV2_LBX_FOLDERS} DESTINATION ${ZORV2_LBX_INCLUDE_ROOT}
+    FILES_MATCHING PATTERN "*.h" PATTERN "PixelLayout.h" EXCLUDE)
 install(FILES Lbx.h DESTINATION ${ZORV2_LBX_INCLUDE_ROOT})
 
 set(ZORV2_LBX_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/zorv2-lbx)

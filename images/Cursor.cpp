@@ -1,6 +1,7 @@
 #include "images/Cursor.h"
 
 #include "images/Palette.h"
+#include "images/PixelLayout.h"
 
 #include <algorithm>
 #include <cstring>
@@ -17,23 +18,17 @@ namespace {
 //   1024  frames   20 x 576   one palette index a pixel; index 0 is transparent
 //
 // A frame has no header and no stored dimensions: it is a flat run of pixels.
-constexpr unsigned int COLORS = 256;
-constexpr unsigned int DAC_ENTRY_SIZE = 4;
-constexpr unsigned int LEAD = 0, DAC_RED = 1, DAC_GREEN = 2, DAC_BLUE = 3;
+using namespace layout;
+
 constexpr unsigned char LEAD_BYTE = 1;
 constexpr unsigned int PALETTE_OFFSET = 0;
-constexpr unsigned int PALETTE_SIZE = COLORS * DAC_ENTRY_SIZE;
+constexpr unsigned int PALETTE_SIZE = COLORS * DAC_COLOR_SIZE;
 constexpr unsigned int FRAMES_OFFSET = PALETTE_OFFSET + PALETTE_SIZE;
 constexpr unsigned int FRAME_COUNT = 20;
 constexpr unsigned int FRAME_PIXELS = 576;
 constexpr unsigned int ENTRY_SIZE = FRAMES_OFFSET + FRAME_COUNT * FRAME_PIXELS;
 
-// Decoded pixels and palette arrays: red, green, blue, alpha.
-constexpr unsigned int PIXEL_SIZE = 4;
-constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
 constexpr unsigned int DECODED_FRAME_SIZE = FRAME_PIXELS * PIXEL_SIZE;
-constexpr unsigned int PALETTE_ARRAY_SIZE = COLORS * PIXEL_SIZE;
-constexpr unsigned char OPAQUE = 255;
 constexpr unsigned char TRANSPARENT_INDEX = 0;
 // Index 0 is reserved for transparency, so a visible pixel is searched from 1.
 constexpr unsigned int FIRST_COLOR_INDEX = 1;
@@ -65,8 +60,8 @@ bool Content::Cursor::hasCursorLayout()
         return false;
     // Only the lead bytes mark a cursor; a colour byte above 63 still is one
     // and fails only when its palette is built.
-    for (unsigned int entry = PALETTE_OFFSET; entry < FRAMES_OFFSET; entry += DAC_ENTRY_SIZE)
-        if (read1(entry + LEAD) != LEAD_BYTE)
+    for (unsigned int entry = PALETTE_OFFSET; entry < FRAMES_OFFSET; entry += DAC_COLOR_SIZE)
+        if (read1(entry + DAC_LEAD) != LEAD_BYTE)
             return false;
     return true;
 }
@@ -110,8 +105,8 @@ unsigned char* Content::Cursor::gen(unsigned int index, unsigned char* palette)
     // Index 0 is transparent whatever the palette holds there; any other
     // index takes the palette's alpha along with its colour. With entry 0
     // zeroed in a copy, every pixel is one plain lookup.
-    unsigned char colors[PALETTE_ARRAY_SIZE];
-    std::copy(palette, palette + PALETTE_ARRAY_SIZE, colors);
+    unsigned char colors[PALETTE_BYTES];
+    std::copy(palette, palette + PALETTE_BYTES, colors);
     std::fill(colors + TRANSPARENT_INDEX * PIXEL_SIZE, colors + (TRANSPARENT_INDEX + 1) * PIXEL_SIZE, 0);
 
     auto* frame = new unsigned char[DECODED_FRAME_SIZE];
@@ -129,12 +124,9 @@ unsigned char* Content::Cursor::palette()
     // halfway, and the next call must not take a half-filled table.
     std::unique_ptr<unsigned char[]> built(new unsigned char[PALETTE_SIZE]);
     for (unsigned int i = 0; i < COLORS; ++i) {
-        const unsigned int stored = PALETTE_OFFSET + i * DAC_ENTRY_SIZE;
-        unsigned char* entry = built.get() + i * PIXEL_SIZE;
-        entry[RED] = Palette::fromDac(read1(stored + DAC_RED));
-        entry[GREEN] = Palette::fromDac(read1(stored + DAC_GREEN));
-        entry[BLUE] = Palette::fromDac(read1(stored + DAC_BLUE));
-        entry[ALPHA] = OPAQUE;
+        const unsigned int stored = PALETTE_OFFSET + i * DAC_COLOR_SIZE;
+        paintDacColor(built.get() + i * PIXEL_SIZE, read1(stored + DAC_RED), read1(stored + DAC_GREEN),
+                      read1(stored + DAC_BLUE));
     }
     ownPalette = built.release();
     return ownPalette;

@@ -1,6 +1,7 @@
 #include "images/Font.h"
 
 #include "images/Palette.h"
+#include "images/PixelLayout.h"
 
 #include <algorithm>
 #include <memory>
@@ -49,8 +50,7 @@ constexpr unsigned int OFFSET_SIZE = 4;
 constexpr unsigned int HEADER_SIZE = OFFSETS_OFFSET + GLYPH_COUNT * OFFSET_SIZE;
 static_assert(HEADER_SIZE == 9116, "the header has a fixed size");
 
-// Glyphs are handed out as blank pixels of red, green, blue, alpha.
-constexpr unsigned int PIXEL_SIZE = 4;
+using layout::PIXEL_SIZE;
 
 // Resolved offsets of a font: its 256 glyphs and the end mark behind them.
 constexpr unsigned int RESOLVED_PER_FONT = GLYPHS_PER_FONT + 1;

@@ -1,6 +1,7 @@
 #include "images/Graphic.h"
 
 #include "images/Palette.h"
+#include "images/PixelLayout.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -17,6 +18,7 @@ namespace {
 
 using Graphic = Content::Graphic;
 using Write = Content::Write;
+using namespace layout;
 
 // An entry, all numbers little-endian:
 //
@@ -52,8 +54,6 @@ constexpr unsigned int OFFSET_SIZE = 4;
 constexpr unsigned int PAL_OFFSET_FIELD = 0;
 constexpr unsigned int PAL_SIZE_FIELD = 2;
 constexpr unsigned int PAL_HEAD_SIZE = 4;
-constexpr unsigned int DAC_COLOR_SIZE = 4;
-constexpr unsigned int DAC_RED = 1, DAC_GREEN = 2, DAC_BLUE = 3;
 
 constexpr unsigned int WORD_SIZE = 2;
 constexpr unsigned short FRAME_START = 1;
@@ -67,12 +67,6 @@ constexpr unsigned int COMPRESSED_ALIGN = 8;
 constexpr unsigned int RAW_ALIGN = 4;
 constexpr std::uint64_t RAW_MAX_FILL = 3;
 
-constexpr unsigned int PALETTE_COLORS = 256;
-constexpr unsigned int PIXEL_SIZE = 4;
-constexpr unsigned int PALETTE_BYTES = PALETTE_COLORS * PIXEL_SIZE;
-constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
-constexpr unsigned char OPAQUE = 255;
-constexpr unsigned int DAC_SHIFT = 2;
 
 // What decoding may ask of memory. 16-bit sides could ask for 17 GB a frame,
 // and 65535 frames cached on the way to the last one for a thousand times
@@ -243,7 +237,7 @@ class FrameEncoder {
 public:
     FrameEncoder(unsigned char** frames, unsigned char* palette, unsigned int width, unsigned int height,
                  unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod, unsigned short flags)
-        : frames(frames), colors(palette, 0, PALETTE_COLORS), width(width), height(height), frameCount(frameCount),
+        : frames(frames), colors(palette, 0, COLORS), width(width), height(height), frameCount(frameCount),
           clearOnce(clearOnce), clearMod(clearMod), flags(flags)
     {
     }
@@ -381,7 +375,7 @@ void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned s
     const unsigned int end = unsigned{palOffset} + palSize;
     for (unsigned int i = palOffset; i < end; ++i)
         for (unsigned int k = 0; k < DAC_COLOR_SIZE; ++k)
-            header.add1("palColor", i < PALETTE_COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
+            header.add1("palColor", i < COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
 }
 
 std::string debugFrameName(unsigned int index)
@@ -558,16 +552,9 @@ void Content::Graphic::palette(unsigned char* dest)
     // Only the low byte of palOffset counts. Colours that a block claims past
     // index 255 have no entry to go to and are ignored.
     unsigned int index = read1(paletteBlock + PAL_OFFSET_FIELD);
-    for (unsigned int p = paletteBlock + PAL_HEAD_SIZE; p < frameTable[0] && index < PALETTE_COLORS;
+    for (unsigned int p = paletteBlock + PAL_HEAD_SIZE; p < frameTable[0] && index < COLORS;
          p += DAC_COLOR_SIZE, ++index) {
-        const unsigned char red = Palette::fromDac(read1(p + DAC_RED));
-        const unsigned char green = Palette::fromDac(read1(p + DAC_GREEN));
-        const unsigned char blue = Palette::fromDac(read1(p + DAC_BLUE));
-        unsigned char* entry = dest + index * PIXEL_SIZE;
-        entry[RED] = red;
-        entry[GREEN] = green;
-        entry[BLUE] = blue;
-        entry[ALPHA] = OPAQUE;
+        paintDacColor(dest + index * PIXEL_SIZE, read1(p + DAC_RED), read1(p + DAC_GREEN), read1(p + DAC_BLUE));
     }
 }
 
@@ -681,15 +668,15 @@ bool Content::Graphic::isClear(unsigned int index, unsigned int frames, unsigned
            (clearOnceCounts(clearOnce, frames) && clearOnce == index);
 }
 
-// The stream is trusted no further than its bytes and the image reach. A run
-// that is cut off, or that would paint outside the image, ends the frame
-// quietly; what was painted before it stays. Row ends move the pixel position
-// with 32-bit wrap-around arithmetic, and the image's height plays no part.
 void Content::Graphic::genFrameCompressed(unsigned int index)
 {
     paintCompressed(index, false);
 }
 
+// The stream is trusted no further than its bytes and the image reach. A run
+// that is cut off, or that would paint outside the image, ends the frame
+// quietly; what was painted before it stays. Row ends move the pixel position
+// with 32-bit wrap-around arithmetic, and the image's height plays no part.
 void Content::Graphic::paintCompressed(unsigned int index, bool clear)
 {
     const std::uint64_t pixels = pixelsOf(imageWidth, imageHeight);

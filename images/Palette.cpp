@@ -1,5 +1,7 @@
 #include "images/Palette.h"
 
+#include "images/PixelLayout.h"
+
 #include <algorithm>
 #include <memory>
 #include <stdexcept>
@@ -10,21 +12,18 @@ namespace Lbx {
 
 namespace {
 
-// A palette array holds 256 entries of red, green, blue, alpha; a DAC array
-// the same number of entries of lead byte, red, green, blue in 6 bits.
-constexpr unsigned int COLORS = 256;
-constexpr unsigned int ENTRY_SIZE = 4;
-constexpr unsigned int ARRAY_SIZE = COLORS * ENTRY_SIZE;
-constexpr unsigned int RED = 0, GREEN = 1, BLUE = 2, ALPHA = 3;
-constexpr unsigned char MAX_DAC = 63;
-constexpr unsigned char OPAQUE = 255;
-// A component that a DAC value gives has its two low bits clear.
-constexpr unsigned int OFF_GRID = 3;
+using namespace layout;
+
+// A DAC array has as many entries as a palette array, and of the same size.
+static_assert(DAC_COLOR_SIZE == PIXEL_SIZE, "DAC and palette arrays line up entry for entry");
+constexpr unsigned int ARRAY_SIZE = PALETTE_BYTES;
+// A component that a DAC value gives has its low bits clear.
+constexpr unsigned int OFF_GRID = static_cast<unsigned char>(~DAC_BITS_MASK);
 
 // What a palette can hold of a component: its top 6 bits.
 unsigned char reduced(unsigned char component)
 {
-    return static_cast<unsigned char>(component & 0xFC);
+    return static_cast<unsigned char>(component & DAC_BITS_MASK);
 }
 
 std::runtime_error colorNotFound(const unsigned char* color)
@@ -39,22 +38,22 @@ unsigned char Content::Palette::fromDac(unsigned char dac)
 {
     if (dac > MAX_DAC)
         throw std::runtime_error("invalid dac value (>63)");
-    return static_cast<unsigned char>(dac * 4);
+    return static_cast<unsigned char>(dac << DAC_SHIFT);
 }
 
 unsigned char Content::Palette::toDac(unsigned char value)
 {
-    return static_cast<unsigned char>(value >> 2);
+    return static_cast<unsigned char>(value >> DAC_SHIFT);
 }
 
 unsigned char* Content::Palette::pal2dac(unsigned char* palette, unsigned char lead)
 {
     auto* dac = new unsigned char[ARRAY_SIZE];
-    for (unsigned int i = 0; i < ARRAY_SIZE; i += ENTRY_SIZE) {
-        dac[i] = lead;
-        dac[i + 1] = toDac(palette[i + RED]);
-        dac[i + 2] = toDac(palette[i + GREEN]);
-        dac[i + 3] = toDac(palette[i + BLUE]);
+    for (unsigned int i = 0; i < ARRAY_SIZE; i += DAC_COLOR_SIZE) {
+        dac[i + DAC_LEAD] = lead;
+        dac[i + DAC_RED] = toDac(palette[i + RED]);
+        dac[i + DAC_GREEN] = toDac(palette[i + GREEN]);
+        dac[i + DAC_BLUE] = toDac(palette[i + BLUE]);
     }
     return dac;
 }
@@ -68,7 +67,7 @@ bool Content::Palette::findColor(unsigned char* palette, unsigned char* color, u
     // Entries are compared as they stand: one that is no multiple of 4 in
     // some component is never found.
     for (unsigned int i = begin; i < std::min(end, COLORS); ++i) {
-        const unsigned char* entry = palette + i * ENTRY_SIZE;
+        const unsigned char* entry = palette + i * PIXEL_SIZE;
         if (entry[RED] == red && entry[GREEN] == green && entry[BLUE] == blue) {
             if (index)
                 *index = static_cast<unsigned char>(i);
@@ -106,12 +105,12 @@ unsigned char* Content::Palette::create(unsigned char** images, unsigned int* wi
     for (unsigned int image = 0; image < count; ++image) {
         const std::size_t pixels = std::size_t{widths[image]} * heights[image];
         for (std::size_t p = 0; p < pixels; ++p) {
-            unsigned char* color = images[image] + p * ENTRY_SIZE;
+            unsigned char* color = images[image] + p * PIXEL_SIZE;
             if (color[ALPHA] == 0 || findColor(palette.get(), color, nullptr, 0, filled))
                 continue;
             if (filled == COLORS)
                 throw std::runtime_error("images cannot have more than 256 colors");
-            unsigned char* entry = palette.get() + filled * ENTRY_SIZE;
+            unsigned char* entry = palette.get() + filled * PIXEL_SIZE;
             entry[RED] = reduced(color[RED]);
             entry[GREEN] = reduced(color[GREEN]);
             entry[BLUE] = reduced(color[BLUE]);
@@ -125,23 +124,19 @@ unsigned char* Content::Palette::create(unsigned char** images, unsigned int* wi
 unsigned char* Content::Palette::empty()
 {
     auto* palette = new unsigned char[ARRAY_SIZE]();
-    for (unsigned int i = 0; i < ARRAY_SIZE; i += ENTRY_SIZE)
+    for (unsigned int i = 0; i < ARRAY_SIZE; i += PIXEL_SIZE)
         palette[i + ALPHA] = OPAQUE;
     return palette;
 }
 
 unsigned char* Content::Palette::fake()
 {
-    // 256 colours that differ at DAC precision and are never black: blue
-    // runs through 4..252, then green steps up by 4.
+    // 256 colours that differ at DAC precision and are never black: DAC red
+    // is 1, blue runs through 1..63, then green steps up by 1.
     auto* palette = new unsigned char[ARRAY_SIZE];
-    for (unsigned int i = 0; i < COLORS; ++i) {
-        unsigned char* entry = palette + i * ENTRY_SIZE;
-        entry[RED] = 4;
-        entry[GREEN] = static_cast<unsigned char>(4 + 4 * (i / MAX_DAC));
-        entry[BLUE] = static_cast<unsigned char>(4 + 4 * (i % MAX_DAC));
-        entry[ALPHA] = OPAQUE;
-    }
+    for (unsigned int i = 0; i < COLORS; ++i)
+        paintDacColor(palette + i * PIXEL_SIZE, 1, static_cast<unsigned char>(1 + i / MAX_DAC),
+                      static_cast<unsigned char>(1 + i % MAX_DAC));
     return palette;
 }
 
@@ -153,6 +148,11 @@ bool Content::Palette::Index::onGrid(const unsigned char* entry)
 Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsigned int end)
     : palette(palette), begin(begin), end(std::min(end, COLORS)), built(false), keys(), indices()
 {
+    // The index hashes colours inline, in the installed header, with its own
+    // names for the layout; they must say the same.
+    static_assert(Index::RED == layout::RED && Index::GREEN == layout::GREEN && Index::BLUE == layout::BLUE &&
+                      Index::DAC_SHIFT == layout::DAC_SHIFT,
+                  "the colour index reads pixels in the shared layout");
 }
 
 void Content::Palette::Index::build()
@@ -160,7 +160,7 @@ void Content::Palette::Index::build()
     built = true;
     // Upwards, so that a repeated colour keeps its lowest index.
     for (unsigned int i = begin; i < end; ++i) {
-        const unsigned char* entry = palette + i * ENTRY_SIZE;
+        const unsigned char* entry = palette + i * PIXEL_SIZE;
         if (!onGrid(entry))
             continue;
         const std::uint32_t stored = key(entry) + 1;

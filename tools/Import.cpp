@@ -94,7 +94,7 @@ std::string imageLacking(std::vector<Image>& frames, const std::vector<std::stri
                          bool raw)
 {
     for (std::size_t f = 0; f < frames.size(); ++f)
-        for (std::size_t p = 0; p < frames[f].rgba.size(); p += BYTES_PER_PIXEL) {
+        for (std::size_t p = 0; p < frames[f].rgba.size(); p += PIXEL_SIZE) {
             unsigned char* pixel = &frames[f].rgba[p];
             if ((raw || pixel[ALPHA] != 0) && !Palette::findColor(palette, pixel, nullptr))
                 return paths[f];
@@ -155,7 +155,7 @@ int importGraphic(const ImportOptions& options)
     // A palette built from the images exists nowhere else, so the entry
     // carries it; one from a named source is stored only when asked for.
     PaletteArray palette;
-    unsigned short paletteSize = PALETTE_ENTRIES;
+    unsigned short paletteSize = COLORS;
     if (options.palette.empty()) {
         palette = paletteFromImages(frames, options.images);
         paletteSize = coloursFilled(palette.get());

@@ -44,13 +44,13 @@ Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int 
     Image sheet;
     sheet.width = columns * width;
     sheet.height = rows * height;
-    sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * BYTES_PER_PIXEL, 0);
-    const std::size_t rowBytes = std::size_t(width) * BYTES_PER_PIXEL;
+    sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * PIXEL_SIZE, 0);
+    const std::size_t rowBytes = std::size_t(width) * PIXEL_SIZE;
     for (unsigned int f = 0; f < count; ++f) {
         const std::size_t left = std::size_t(f % columns) * width;
         const std::size_t top = std::size_t(f / columns) * height;
         for (unsigned int y = 0; y < height; ++y)
-            std::memcpy(&sheet.rgba[((top + y) * sheet.width + left) * BYTES_PER_PIXEL], frames[f] + y * rowBytes,
+            std::memcpy(&sheet.rgba[((top + y) * sheet.width + left) * PIXEL_SIZE], frames[f] + y * rowBytes,
                         rowBytes);
     }
     return sheet;

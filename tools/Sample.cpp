@@ -22,6 +22,7 @@ namespace {
 
 using Graphic = Content::Graphic;
 using Palette = Content::Palette;
+namespace layout = zorv2::Lbx::layout;
 
 constexpr double PI = 3.14159265358979323846;
 // Cursor frames are drawn with signed coordinates.
@@ -39,17 +40,16 @@ struct Colour {
 PaletteArray ramp(const std::vector<Colour>& stops)
 {
     PaletteArray palette(Palette::empty());
-    const unsigned int span = (PALETTE_ENTRIES - 1) / static_cast<unsigned int>(stops.size() - 1);
-    for (unsigned int i = 0; i < PALETTE_ENTRIES; ++i) {
+    const unsigned int span = (COLORS - 1) / static_cast<unsigned int>(stops.size() - 1);
+    for (unsigned int i = 0; i < COLORS; ++i) {
         const unsigned int from = std::min<unsigned int>(i / span, static_cast<unsigned int>(stops.size() - 2));
         const unsigned int step = i - from * span;
         const auto mix = [&](unsigned char Colour::*part) {
             const int a = stops[from].*part, b = stops[from + 1].*part;
-            return Palette::fromDac(static_cast<unsigned char>(a + (b - a) * static_cast<int>(step) / static_cast<int>(span)));
+            return static_cast<unsigned char>(a + (b - a) * static_cast<int>(step) / static_cast<int>(span));
         };
-        palette[i * BYTES_PER_PIXEL] = mix(&Colour::red);
-        palette[i * BYTES_PER_PIXEL + 1] = mix(&Colour::green);
-        palette[i * BYTES_PER_PIXEL + 2] = mix(&Colour::blue);
+        layout::paintDacColor(palette.get() + i * PIXEL_SIZE, mix(&Colour::red), mix(&Colour::green),
+                                          mix(&Colour::blue));
     }
     return palette;
 }
@@ -67,21 +67,21 @@ PaletteArray coolPalette()
 // An RGBA picture, transparent until painted.
 class Canvas {
 public:
-    Canvas(int width, int height) : width(width), height(height), rgba(std::size_t(width) * height * BYTES_PER_PIXEL) {}
+    Canvas(int width, int height) : width(width), height(height), rgba(std::size_t(width) * height * PIXEL_SIZE) {}
 
     void put(int x, int y, const unsigned char* colour)
     {
         if (x < 0 || y < 0 || x >= width || y >= height)
             return;
-        unsigned char* pixel = &rgba[(std::size_t(y) * width + x) * BYTES_PER_PIXEL];
-        std::copy(colour, colour + 3, pixel);
-        pixel[3] = 255;
+        unsigned char* pixel = &rgba[(std::size_t(y) * width + x) * PIXEL_SIZE];
+        std::copy(colour, colour + layout::ALPHA, pixel);
+        pixel[layout::ALPHA] = layout::OPAQUE;
     }
 
     void put(int x, int y, Colour dac)
     {
-        const unsigned char colour[] = {Palette::fromDac(dac.red), Palette::fromDac(dac.green),
-                                        Palette::fromDac(dac.blue)};
+        unsigned char colour[PIXEL_SIZE];
+        layout::paintDacColor(colour, dac.red, dac.green, dac.blue);
         put(x, y, colour);
     }
 
@@ -99,7 +99,7 @@ std::vector<unsigned char*> pixelsOf(std::vector<Canvas>& frames)
 
 const unsigned char* entryOf(const PaletteArray& palette, unsigned int index)
 {
-    return palette.get() + index * BYTES_PER_PIXEL;
+    return palette.get() + index * PIXEL_SIZE;
 }
 
 void append(File& archive, Content* entry)
@@ -311,10 +311,8 @@ Content* glowingSphere()
     constexpr unsigned short glowOffset = 240, glowSize = 8;
     PaletteArray palette = coolPalette();
     for (unsigned int i = 0; i < glowSize; ++i) {
-        unsigned char* entry = palette.get() + (glowOffset + i) * BYTES_PER_PIXEL;
-        entry[0] = Palette::fromDac(63);
-        entry[1] = Palette::fromDac(static_cast<unsigned char>(20 + 4 * i));
-        entry[2] = Palette::fromDac(4);
+        layout::paintDacColor(palette.get() + (glowOffset + i) * PIXEL_SIZE, 63,
+                                          static_cast<unsigned char>(20 + 4 * i), 4);
     }
     std::vector<Canvas> frames(1, Canvas(32, 32));
     for (int y = 0; y < 32; ++y)

@@ -36,7 +36,7 @@ std::runtime_error cannotWrite(const std::string& path)
 unsigned short coloursFilled(const unsigned char* palette)
 {
     unsigned short count = 0;
-    while (count < PALETTE_ENTRIES && palette[count * BYTES_PER_PIXEL + ALPHA] != 0)
+    while (count < COLORS && palette[count * PIXEL_SIZE + ALPHA] != 0)
         ++count;
     return count;
 }

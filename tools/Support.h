@@ -3,6 +3,7 @@
 
 #include "archive/File.h"
 #include "entry/Content.h"
+#include "images/PixelLayout.h"
 
 #include <functional>
 #include <memory>
@@ -17,12 +18,11 @@ namespace lbxtool {
 using zorv2::Lbx::Content;
 using zorv2::Lbx::File;
 
-// Decoded pictures and palette arrays: four bytes a pixel or colour, red,
-// green, blue, alpha; alpha 0 is transparent.
-constexpr unsigned int BYTES_PER_PIXEL = 4;
-constexpr unsigned int ALPHA = 3;
-constexpr unsigned int PALETTE_ENTRIES = 256;
-constexpr unsigned int PALETTE_BYTES = PALETTE_ENTRIES * BYTES_PER_PIXEL;
+// Decoded pictures and palette arrays in the library's layout.
+using zorv2::Lbx::layout::ALPHA;
+using zorv2::Lbx::layout::COLORS;
+using zorv2::Lbx::layout::PALETTE_BYTES;
+using zorv2::Lbx::layout::PIXEL_SIZE;
 // A cursor's frame is a flat run of 576 pixels with no row length of its
 // own; the tool shows it as the square it is.
 constexpr unsigned int CURSOR_FRAMES = 20;

@@ -1,6 +1,6 @@
 // A program built against the installed package: both include forms work.
-#include "Content.h"
 #include "Lbx.h"
+#include "entry/Content.h"
 
 #include <iostream>
 

@@ -18,3 +18,15 @@ export PKG_CONFIG_PATH="$libdir"
 # shellcheck disable=SC2046,SC2086
 "$cxx" -std=c++17 $flags "$consumer/main.cpp" $(pkg-config --cflags --libs zorv2-lbx) -o "$scratch/pkgconfig-consumer"
 "$scratch/pkgconfig-consumer"
+
+# Only the project folder is on a consumer's path: a bare class header such as
+# Font.h is not found, and the library's internal layout header is not installed.
+echo '#include "Font.h"' >"$scratch/flat.cpp"
+if "$cxx" -std=c++17 -fsyntax-only $(pkg-config --cflags zorv2-lbx) "$scratch/flat.cpp" 2>/dev/null; then
+    echo "a bare class header is on the consumer's include path" >&2
+    exit 1
+fi
+if find "$scratch/prefix" -name PixelLayout.h | grep -q .; then
+    echo "the internal PixelLayout.h was installed" >&2
+    exit 1
+fi
