@@ -10,7 +10,9 @@
 #include "tools/Support.h"
 #include "tools/TextEscape.h"
 
+#include <algorithm>
 #include <filesystem>
+#include <memory>
 #include <iomanip>
 #include <iostream>
 #include <sstream>
@@ -23,7 +25,12 @@ namespace lbxtool {
 namespace {
 
 constexpr unsigned int SWATCH_SIDE = 16;
-constexpr unsigned int PREVIEW_LINES = 24;
+constexpr unsigned int SHEET_COLUMNS = 16;
+// No font of the game is taller than its 200-line screen; a header that
+// says otherwise gets no glyph picture rather than gigabytes of one.
+constexpr unsigned int TALLEST_FONT = 200;
+// Glyph boxes alternate between two shades, so that neighbours stand apart.
+constexpr unsigned char GLYPH_BOX[2][BYTES_PER_PIXEL] = {{0x4a, 0x5a, 0x6e, 0xff}, {0x6e, 0x7e, 0x92, 0xff}};
 
 // Lends a palette to a graphic while its frames are decoded; the graphic
 // must not go on pointing at it once the palette is gone.
@@ -49,9 +56,7 @@ public:
     GalleryEntry run(unsigned int index)
     {
         Content* entry = archive.at(index);
-        GalleryEntry shown;
-        shown.name = entryName(archive.path(), index);
-        shown.info = entry->info();
+        GalleryEntry shown = described(index);
         switch (entry->type()) {
         case Content::GRAPHIC: graphic(index, entry->graphic(), shown); break;
         case Content::CURSOR: cursor(index, entry->cursor(), shown); break;
@@ -60,6 +65,18 @@ public:
         case Content::SOUND: sound(index, entry, shown); break;
         default: break;
         }
+        return shown;
+    }
+
+    // What the page says of an entry before anything of it is exported.
+    GalleryEntry described(unsigned int index)
+    {
+        Content* entry = archive.at(index);
+        GalleryEntry shown;
+        shown.index = index;
+        shown.name = entryName(archive.path(), index);
+        shown.kind = entry->typeStr();
+        shown.info = entry->info();
         return shown;
     }
 
@@ -87,6 +104,8 @@ private:
     void frames(unsigned int index, const std::vector<const unsigned char*>& decoded, unsigned int width,
                 unsigned int height, GalleryEntry& shown)
     {
+        shown.width = width;
+        shown.height = height;
         for (unsigned int f = 0; f < decoded.size(); ++f)
             shown.frames.push_back(png(frameName(index, f), decoded[f], width, height));
         if (decoded.size() > 1) {
@@ -98,8 +117,10 @@ private:
     void graphic(unsigned int index, Content::Graphic* graphic, GalleryEntry& shown)
     {
         PaletteArray palette = palettes.forGraphic(index);
+        if (graphic->hasPalette())
+            shown.palette = block(graphic, palette.get());
         if (graphic->frames() == 0) {
-            swatch(index, palette.get(), shown);
+            swatch(index, palette.get());
             return;
         }
         if (graphic->width() == 0 || graphic->height() == 0)
@@ -109,12 +130,23 @@ private:
         for (unsigned int f = 0; f < graphic->frames(); ++f)
             decoded.push_back(graphic->frame(f));
         frames(index, decoded, graphic->width(), graphic->height(), shown);
+        shown.loop = graphic->hasFlag(Content::Graphic::LOOP);
+        for (unsigned int f = 1; f < graphic->frames(); ++f)
+            shown.delta = shown.delta || !graphic->isClear(f);
     }
 
-    // A graphic of no frames holds only colours: shown as 16 × 16 squares.
-    void swatch(unsigned int index, unsigned char* palette, GalleryEntry& shown)
+    // The colours of a graphic's own block, as they stand in its palette.
+    static Swatch block(Content::Graphic* graphic, const unsigned char* palette)
     {
-        shown.frames.push_back(png(entryFileName(stem, index, "_palette.png"), palette, SWATCH_SIDE, SWATCH_SIDE));
+        const unsigned int first = std::min<unsigned int>(graphic->paletteOffset(), PALETTE_ENTRIES);
+        const unsigned int end = std::min<unsigned int>(first + graphic->paletteSize(), PALETTE_ENTRIES);
+        return {first, std::vector<unsigned char>(palette + first * BYTES_PER_PIXEL, palette + end * BYTES_PER_PIXEL)};
+    }
+
+    // A graphic of no frames holds only colours: saved as 16 × 16 squares.
+    void swatch(unsigned int index, unsigned char* palette)
+    {
+        png(entryFileName(stem, index, "_palette.png"), palette, SWATCH_SIDE, SWATCH_SIDE);
     }
 
     void cursor(unsigned int index, Content::Cursor* cursor, GalleryEntry& shown)
@@ -123,19 +155,19 @@ private:
         for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)
             decoded.push_back(cursor->get(f));
         frames(index, decoded, CURSOR_SIDE, CURSOR_SIDE, shown);
+        shown.loop = true; // the game cycles a cursor's frames for as long as it shows
+        shown.palette = {0, std::vector<unsigned char>(cursor->palette(), cursor->palette() + PALETTE_BYTES)};
     }
 
     // One string a line, escaped so that any byte survives the way back and
     // the file, like the gallery's preview, is plain text.
     void text(unsigned int index, Content::Text* table, GalleryEntry& shown)
     {
-        std::string lines, preview;
+        std::string lines;
         for (unsigned int i = 0; i < table->size(); ++i) {
-            lines += escapeText(table->get(i)) + '\n';
-            if (i + 1 == PREVIEW_LINES)
-                preview = lines + "...";
+            shown.rows.push_back(table->get(i));
+            lines += escapeText(shown.rows.back()) + '\n';
         }
-        shown.preview = table->size() > PREVIEW_LINES ? preview : lines;
         shown.file = textFile(entryFileName(stem, index, ".txt"), lines);
     }
 
@@ -149,6 +181,49 @@ private:
             metrics += '\n';
         }
         shown.file = textFile(entryFileName(stem, index, "_metrics.txt"), metrics);
+        for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f)
+            shown.fonts.push_back(face(index, font, f));
+    }
+
+    FontFace face(unsigned int index, Content::Font* font, unsigned int f)
+    {
+        FontFace face;
+        face.height = font->height(f);
+        for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g)
+            face.widths.push_back(font->width(f, g));
+        if (face.height > TALLEST_FONT)
+            throw std::runtime_error("font " + std::to_string(f) + " is " + std::to_string(face.height) +
+                                     " lines high, too high to draw");
+        const Image sheet = glyphSheet(font, f, face.widths, face.height);
+        face.sheet = png(entryFileName(stem, index, "_font" + std::to_string(f) + ".png"), sheet.rgba.data(),
+                         sheet.width, sheet.height);
+        face.sheetWidth = sheet.width;
+        face.sheetHeight = sheet.height;
+        return face;
+    }
+
+    // The glyphs of one font in rows of 16, each in a box of its width and
+    // the font's height, with a line of space between boxes.
+    static Image glyphSheet(Content::Font* font, unsigned int f, const std::vector<unsigned int>& widths,
+                            unsigned int height)
+    {
+        const unsigned int cellWidth = *std::max_element(widths.begin(), widths.end()) + 1, cellHeight = height + 1;
+        Image sheet;
+        sheet.width = SHEET_COLUMNS * cellWidth;
+        sheet.height = GLYPHS_PER_FONT / SHEET_COLUMNS * cellHeight;
+        sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * BYTES_PER_PIXEL, 0);
+        for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g) {
+            const std::unique_ptr<unsigned char[]> glyph(font->glyph(f, g));
+            const unsigned int left = g % SHEET_COLUMNS * cellWidth, top = g / SHEET_COLUMNS * cellHeight;
+            for (unsigned int y = 0; y < height; ++y)
+                for (unsigned int x = 0; x < widths[g]; ++x) {
+                    const unsigned char* drawn = &glyph[(std::size_t(y) * widths[g] + x) * BYTES_PER_PIXEL];
+                    const unsigned char* shade = drawn[ALPHA] != 0 ? drawn : GLYPH_BOX[g % 2];
+                    std::copy(shade, shade + BYTES_PER_PIXEL,
+                              &sheet.rgba[((std::size_t(top) + y) * sheet.width + left + x) * BYTES_PER_PIXEL]);
+                }
+        }
+        return sheet;
     }
 
     void sound(unsigned int index, Content* entry, GalleryEntry& shown)
@@ -182,20 +257,23 @@ int exportEntries(const ExportOptions& options)
     makeFolder(options.folder);
     PaletteSource palettes(archive, options.palette);
     EntryExporter exporter(options, archive, palettes);
-    Gallery gallery(archive.path());
+    Gallery gallery(archive.path(), safeStem(options.archive));
     int status = 0;
     for (unsigned int index : indices) {
         try {
             gallery.add(exporter.run(index));
         } catch (const std::exception& e) {
             reportError(entryName(archive.path(), index) + ": " + e.what());
+            GalleryEntry failed = exporter.described(index);
+            failed.error = e.what();
+            gallery.add(failed);
             status = 1;
         }
     }
     std::cout << "exported " << exporter.written << " files from " << archive.path() << " to " << options.folder
               << '\n';
     if (options.html)
-        std::cout << "gallery: " << gallery.write(options.folder, safeStem(options.archive)) << '\n';
+        std::cout << "gallery: " << gallery.write(options.folder) << '\n';
     return status;
 }
 

@@ -411,8 +411,8 @@ TEST_F(Tool, ExportTakesOnlyTheEntriesNamedAndTheGalleryGathersEveryArchive)
     EXPECT_NE(metrics.find("\nfont 0 height 8 widths 0 0 "), std::string::npos);
     EXPECT_NE(metrics.find("\nfont 5 height 9 widths "), std::string::npos);
     const std::string page = readFile(out + "/index.html");
-    EXPECT_EQ(page.find("<h2>" + sample("FONTS.LBX") + "</h2>"), page.rfind("<h2>" + sample("FONTS.LBX") + "</h2>"));
-    EXPECT_NE(page.find("<h2>" + sample("STARNAME.LBX") + "</h2>"), std::string::npos);
+    EXPECT_EQ(page.find(sample("FONTS.LBX") + "</p>"), page.rfind(sample("FONTS.LBX") + "</p>"));
+    EXPECT_NE(page.find(sample("STARNAME.LBX") + "</p>"), std::string::npos);
 }
 
 TEST_F(Tool, ImportReplacesAnEntryAndLeavesNothingBehind)
