@@ -30,7 +30,7 @@ constexpr unsigned int SHEET_COLUMNS = 16;
 // says otherwise gets no glyph picture rather than gigabytes of one.
 constexpr unsigned int TALLEST_FONT = 200;
 // Glyph boxes alternate between two shades, so that neighbours stand apart.
-constexpr unsigned char GLYPH_BOX[2][BYTES_PER_PIXEL] = {{0x4a, 0x5a, 0x6e, 0xff}, {0x6e, 0x7e, 0x92, 0xff}};
+constexpr unsigned char GLYPH_BOX[2][PIXEL_SIZE] = {{0x4a, 0x5a, 0x6e, 0xff}, {0x6e, 0x7e, 0x92, 0xff}};
 
 // Lends a palette to a graphic while its frames are decoded; the graphic
 // must not go on pointing at it once the palette is gone.
@@ -138,9 +138,9 @@ private:
     // The colours of a graphic's own block, as they stand in its palette.
     static Swatch block(Content::Graphic* graphic, const unsigned char* palette)
     {
-        const unsigned int first = std::min<unsigned int>(graphic->paletteOffset(), PALETTE_ENTRIES);
-        const unsigned int end = std::min<unsigned int>(first + graphic->paletteSize(), PALETTE_ENTRIES);
-        return {first, std::vector<unsigned char>(palette + first * BYTES_PER_PIXEL, palette + end * BYTES_PER_PIXEL)};
+        const unsigned int first = std::min<unsigned int>(graphic->paletteOffset(), COLORS);
+        const unsigned int end = std::min<unsigned int>(first + graphic->paletteSize(), COLORS);
+        return {first, std::vector<unsigned char>(palette + first * PIXEL_SIZE, palette + end * PIXEL_SIZE)};
     }
 
     // A graphic of no frames holds only colours: saved as 16 × 16 squares.
@@ -211,16 +211,16 @@ private:
         Image sheet;
         sheet.width = SHEET_COLUMNS * cellWidth;
         sheet.height = GLYPHS_PER_FONT / SHEET_COLUMNS * cellHeight;
-        sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * BYTES_PER_PIXEL, 0);
+        sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * PIXEL_SIZE, 0);
         for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g) {
             const std::unique_ptr<unsigned char[]> glyph(font->glyph(f, g));
             const unsigned int left = g % SHEET_COLUMNS * cellWidth, top = g / SHEET_COLUMNS * cellHeight;
             for (unsigned int y = 0; y < height; ++y)
                 for (unsigned int x = 0; x < widths[g]; ++x) {
-                    const unsigned char* drawn = &glyph[(std::size_t(y) * widths[g] + x) * BYTES_PER_PIXEL];
+                    const unsigned char* drawn = &glyph[(std::size_t(y) * widths[g] + x) * PIXEL_SIZE];
                     const unsigned char* shade = drawn[ALPHA] != 0 ? drawn : GLYPH_BOX[g % 2];
-                    std::copy(shade, shade + BYTES_PER_PIXEL,
-                              &sheet.rgba[((std::size_t(top) + y) * sheet.width + left + x) * BYTES_PER_PIXEL]);
+                    std::copy(shade, shade + PIXEL_SIZE,
+                              &sheet.rgba[((std::size_t(top) + y) * sheet.width + left + x) * PIXEL_SIZE]);
                 }
         }
         return sheet;

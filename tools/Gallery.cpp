@@ -217,13 +217,13 @@ std::string colour(const unsigned char* rgba)
 
 std::string swatch(const Swatch& palette)
 {
-    const std::size_t count = palette.rgba.size() / BYTES_PER_PIXEL;
+    const std::size_t count = palette.rgba.size() / PIXEL_SIZE;
     std::ostringstream html;
     html << "<p class=\"note\">palette, colours " << palette.first << "\u2013" << palette.first + count - 1
          << "</p><div class=\"swatch\">";
-    for (std::size_t at = 0; at + BYTES_PER_PIXEL <= palette.rgba.size(); at += BYTES_PER_PIXEL) {
+    for (std::size_t at = 0; at + PIXEL_SIZE <= palette.rgba.size(); at += PIXEL_SIZE) {
         const unsigned char* rgba = &palette.rgba[at];
-        const std::string title = std::to_string(palette.first + at / BYTES_PER_PIXEL) + " " + colour(rgba);
+        const std::string title = std::to_string(palette.first + at / PIXEL_SIZE) + " " + colour(rgba);
         if (rgba[ALPHA] == 0)
             html << "<i class=\"clear\" title=\"" << title << " transparent\"></i>";
         else
