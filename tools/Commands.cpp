@@ -2,7 +2,12 @@
 
 #include "images/Graphic.h"
 #include "knowledge/Magic.h"
-#include "tools/Support.h"
+#include "tools/Inputs.h"
+#include "tools/Paths.h"
+#include "tools/Pictures.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
+#include "tools/Store.h"
 
 #include <filesystem>
 #include <iomanip>
@@ -81,11 +86,11 @@ std::string catalogueLine(const std::string& path, unsigned int count)
 
 void listArchive(const std::string& path)
 {
-    File archive(path);
-    std::cout << path << ": " << archive.size() << " entries, " << (archive.tagged() ? "tagged" : "not tagged")
-              << ", " << catalogueLine(path, archive.size()) << '\n';
-    for (unsigned int i = 0; i < archive.size(); ++i)
-        std::cout << std::setw(INDEX_WIDTH) << i << ' ' << archive[i]->info() << '\n';
+    std::unique_ptr<File> archive = openArchive(path);
+    std::cout << path << ": " << archive->size() << " entries, " << (archive->tagged() ? "tagged" : "not tagged")
+              << ", " << catalogueLine(path, archive->size()) << '\n';
+    for (unsigned int i = 0; i < archive->size(); ++i)
+        std::cout << std::setw(INDEX_WIDTH) << i << ' ' << archive->at(i)->info() << '\n';
 }
 
 void checkArchive(const std::string& path)
@@ -93,7 +98,9 @@ void checkArchive(const std::string& path)
     std::string error;
     std::vector<unsigned int> offsets;
     bool tagged = false;
-    if (!File::header(path, &error, &offsets, &tagged))
+    bool valid = false;
+    readFrom(path, [&] { valid = File::header(path, &error, &offsets, &tagged); });
+    if (!valid)
         throw std::runtime_error(error);
     std::cout << path << ": valid, " << offsets.size() - 1 << " entries" << (tagged ? ", tagged" : "") << '\n';
 }
@@ -109,7 +116,8 @@ void summaryRow(const std::string& kind, const std::string& passed, const std::s
 // returns whether all agreed.
 bool verifyArchive(const std::string& path, bool verbose)
 {
-    File archive(path);
+    std::unique_ptr<File> opened = openArchive(path);
+    File& archive = *opened;
     std::map<std::string, Tally> tallies;
     std::vector<std::string> differences;
     for (unsigned int i = 0; i < archive.size(); ++i) {
@@ -150,46 +158,52 @@ int check(const std::vector<std::string>& archives)
     return forEachPath(archives, checkArchive);
 }
 
-int extract(const std::string& archive, const std::vector<unsigned int>& indices, const std::string& folder)
+int extract(const std::vector<std::string>& archives, const std::vector<unsigned int>& indices,
+            const std::string& folder)
 {
-    requireRegularFile(archive);
-    File file(archive);
-    const std::vector<unsigned int> selected = selectIndices(file, indices);
-    makeFolder(folder);
-    const std::string stem = safeStem(archive);
-    for (unsigned int index : selected) {
-        Content* entry = file[index];
-        entry->write((fs::path(folder) / entryFileName(stem, index, entrySuffix(entry))).string());
-    }
-    std::cout << "extracted " << selected.size() << " entries from " << archive << " to " << folder << '\n';
-    return 0;
+    protectInputs(archives);
+    StemNames stems;
+    return forEachPath(archives, [&](const std::string& path) {
+        std::unique_ptr<File> archive = openArchive(path);
+        const std::vector<unsigned int> selected = selectIndices(*archive, indices);
+        makeFolder(folder);
+        const std::string stem = stems.next(path);
+        for (unsigned int index : selected) {
+            Content* entry = archive->at(index);
+            writeBytes((fs::path(folder) / entryFileName(stem, index, entrySuffix(entry))).string(),
+                       std::string(entry->data(), entry->size()));
+        }
+        std::cout << "extracted " << selected.size() << " entries from " << path << " to " << folder << " as "
+                  << stem << '\n';
+    });
 }
 
 int verify(const std::vector<std::string>& archives, bool verbose)
 {
     bool agreed = true;
     const int status = forEachPath(archives, [&](const std::string& path) { agreed = verifyArchive(path, verbose) && agreed; });
-    return agreed ? status : 1;
+    return agreed ? status : EXIT_FAILED;
 }
 
-int create(const std::string& target, const std::vector<std::string>& files)
+int create(const std::string& target, const std::vector<std::string>& files, bool force)
 {
+    const Existing existing = force ? Existing::Replace : Existing::Refuse;
+    protectInputs(files);
+    checkTarget(target, existing);
     File archive;
-    for (const std::string& file : files) {
-        requireRegularFile(file);
-        archive.push_back(file);
-    }
-    writeAtomically(target, [&archive](const std::string& temporary) { archive.write(temporary); });
+    for (const std::string& file : files)
+        readFrom(file, [&] { archive.push_back(file); });
+    writeArchive(target, archive, existing);
     std::cout << "created " << target << " with " << archive.size() << " entries\n";
-    return 0;
+    return EXIT_DONE;
 }
 
-int replace(const std::string& archive, unsigned int index, const std::string& file)
+int replace(const std::string& archive, unsigned int index, const std::string& file, bool strict)
 {
-    requireRegularFile(file);
-    storeEntry(archive, index, std::make_unique<Content>(file));
+    protectInputs({file});
+    storeEntry(archive, index, readEntryFile(file), strict);
     std::cout << "stored " << file << " as " << entryName(archive, index) << '\n';
-    return 0;
+    return EXIT_DONE;
 }
 
 } // namespace lbxtool

@@ -10,10 +10,16 @@ namespace lbxtool {
 
 int list(const std::vector<std::string>& archives);
 int check(const std::vector<std::string>& archives);
-int extract(const std::string& archive, const std::vector<unsigned int>& indices, const std::string& folder);
+// Each archive's entries into `folder`; archives of one stem get names of
+// their own there.
+int extract(const std::vector<std::string>& archives, const std::vector<unsigned int>& indices,
+            const std::string& folder);
 int verify(const std::vector<std::string>& archives, bool verbose);
-int create(const std::string& target, const std::vector<std::string>& files);
-int replace(const std::string& archive, unsigned int index, const std::string& file);
+// Refuses to replace an existing `target` unless `force`.
+int create(const std::string& target, const std::vector<std::string>& files, bool force);
+// With `strict`, an entry of another kind or shape than the one it replaces
+// is refused instead of warned about.
+int replace(const std::string& archive, unsigned int index, const std::string& file, bool strict);
 
 } // namespace lbxtool
 

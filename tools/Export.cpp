@@ -7,7 +7,11 @@
 #include "tools/Gallery.h"
 #include "tools/PaletteSource.h"
 #include "tools/Png.h"
-#include "tools/Support.h"
+#include "tools/Inputs.h"
+#include "tools/Paths.h"
+#include "tools/Pictures.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
 #include "tools/TextEscape.h"
 
 #include <algorithm>
@@ -48,8 +52,8 @@ private:
 // Writes the files of one entry and tells the gallery about them.
 class EntryExporter {
 public:
-    EntryExporter(const ExportOptions& options, File& archive, PaletteSource& palettes)
-        : folder(options.folder), stem(safeStem(options.archive)), archive(archive), palettes(palettes)
+    EntryExporter(const ExportOptions& options, const std::string& stem, File& archive, PaletteSource& palettes)
+        : folder(options.folder), stem(stem), archive(archive), palettes(palettes)
     {
     }
 
@@ -229,7 +233,7 @@ private:
     void sound(unsigned int index, Content* entry, GalleryEntry& shown)
     {
         shown.file = entryFileName(stem, index, entrySuffix(entry));
-        entry->write(pathOf(shown.file));
+        writeBytes(pathOf(shown.file), std::string(entry->data(), entry->size()));
         shown.sound = true;
         ++written;
     }
@@ -249,32 +253,48 @@ private:
 
 } // namespace
 
-int exportEntries(const ExportOptions& options)
+namespace {
+
+int exportArchive(const ExportOptions& options, const std::string& path, const std::string& stem)
 {
-    requireRegularFile(options.archive);
-    File archive(options.archive);
-    const std::vector<unsigned int> indices = selectIndices(archive, options.indices);
+    std::unique_ptr<File> archive = openArchive(path);
+    const std::vector<unsigned int> indices = selectIndices(*archive, options.indices);
     makeFolder(options.folder);
-    PaletteSource palettes(archive, options.palette);
-    EntryExporter exporter(options, archive, palettes);
-    Gallery gallery(archive.path(), safeStem(options.archive));
-    int status = 0;
+    PaletteSource palettes(*archive, options.palette);
+    EntryExporter exporter(options, stem, *archive, palettes);
+    Gallery gallery(path, stem);
+    int status = EXIT_DONE;
     for (unsigned int index : indices) {
         try {
             gallery.add(exporter.run(index));
         } catch (const std::exception& e) {
-            reportError(entryName(archive.path(), index) + ": " + e.what());
+            reportError(entryName(path, index) + ": " + e.what());
             GalleryEntry failed = exporter.described(index);
             failed.error = e.what();
             gallery.add(failed);
-            status = 1;
+            status = EXIT_FAILED;
         }
     }
-    std::cout << "exported " << exporter.written << " files from " << archive.path() << " to " << options.folder
-              << '\n';
+    std::cout << "exported " << exporter.written << " files from " << path << " to " << options.folder << " as "
+              << stem << '\n';
     if (options.html)
         std::cout << "gallery: " << gallery.write(options.folder) << '\n';
     return status;
+}
+
+} // namespace
+
+int exportEntries(const ExportOptions& options)
+{
+    protectInputs(options.archives);
+    if (!options.palette.empty())
+        protectInputs({parseEntryRef(options.palette).archive});
+    StemNames stems;
+    int status = EXIT_DONE;
+    const int opened = forEachPath(options.archives, [&](const std::string& path) {
+        status = std::max(status, exportArchive(options, path, stems.next(path)));
+    });
+    return std::max(status, opened);
 }
 
 } // namespace lbxtool

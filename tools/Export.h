@@ -7,7 +7,7 @@
 namespace lbxtool {
 
 struct ExportOptions {
-    std::string archive;
+    std::vector<std::string> archives;
     std::vector<unsigned int> indices;
     std::string folder = ".";
     std::string palette; // ARCHIVE:INDEX, or empty for the game's own sources
@@ -16,7 +16,8 @@ struct ExportOptions {
 
 // Graphics and cursors to PNG (each frame, and a sprite sheet per
 // animation), text tables to .txt, font metrics to a text file, sounds to
-// .wav; optionally the gallery page. Returns the exit status.
+// .wav, for each archive; optionally the gallery page. Archives of one stem
+// get names of their own in the folder. Returns the exit status.
 int exportEntries(const ExportOptions& options);
 
 } // namespace lbxtool

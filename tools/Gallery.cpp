@@ -1,6 +1,7 @@
 #include "tools/Gallery.h"
 
-#include "tools/Support.h"
+#include "tools/Pictures.h"
+#include "tools/SafeWrite.h"
 #include "tools/TextEscape.h"
 
 #include <algorithm>

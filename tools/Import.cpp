@@ -4,9 +4,14 @@
 #include "images/Palette.h"
 #include "tools/PaletteSource.h"
 #include "tools/Png.h"
-#include "tools/Support.h"
+#include "tools/Paths.h"
+#include "tools/Pictures.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
+#include "tools/Store.h"
 
 #include <cctype>
+#include <filesystem>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -141,10 +146,31 @@ unsigned short parseFlags(const std::string& text)
     return flags;
 }
 
+namespace {
+
+// Without an index OUT is a file of one entry: an archive there was meant
+// to be changed with -i, and any other file is replaced only when forced.
+void checkEntryTarget(const ImportOptions& options)
+{
+    std::vector<std::string> inputs = options.images;
+    if (!options.palette.empty())
+        inputs.push_back(parseEntryRef(options.palette).archive);
+    protectInputs(inputs);
+    if (std::filesystem::is_regular_file(options.target) && File::check(options.target))
+        throw std::runtime_error("'" + options.target + "' is an archive; -i INDEX stores into it");
+    checkTarget(options.target, options.force ? Existing::Replace : Existing::Refuse);
+}
+
+} // namespace
+
 int importGraphic(const ImportOptions& options)
 {
     if (options.images.empty())
         throw std::runtime_error("no images given");
+    if (options.index)
+        protectInputs(options.images);
+    else
+        checkEntryTarget(options);
     std::vector<Image> frames = loadFrames(options.images);
     if (frames.size() > std::numeric_limits<unsigned short>::max())
         throw std::runtime_error("a graphic holds at most 65535 frames");
@@ -177,13 +203,14 @@ int importGraphic(const ImportOptions& options)
     }
 
     if (options.index) {
-        storeEntry(options.target, *options.index, std::move(entry));
+        storeEntry(options.target, *options.index, std::move(entry), options.strict);
         std::cout << "stored " << frames.size() << " frames as " << entryName(options.target, *options.index) << '\n';
     } else {
-        writeAtomically(options.target, [&entry](const std::string& temporary) { entry->write(temporary); });
+        writeBytes(options.target, std::string(entry->data(), entry->size()),
+                   options.force ? Existing::Replace : Existing::Refuse);
         std::cout << "wrote " << frames.size() << " frames to " << options.target << '\n';
     }
-    return 0;
+    return EXIT_DONE;
 }
 
 } // namespace lbxtool

@@ -15,6 +15,8 @@ struct ImportOptions {
     unsigned int clearOnce = 0;
     unsigned int clearMod = 0;
     std::string flags; // names joined by ',' or a number
+    bool force = false;  // replace an existing entry file OUT
+    bool strict = false; // refuse an entry of another shape than the one it replaces
 };
 
 // Turns PNG frames into a graphic entry. Returns the exit status.

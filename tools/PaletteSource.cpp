@@ -4,6 +4,11 @@
 #include "images/Graphic.h"
 #include "images/Palette.h"
 #include "knowledge/Magic.h"
+#include "tools/Inputs.h"
+#include "tools/Paths.h"
+#include "tools/Pictures.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -41,8 +46,7 @@ PaletteSource::PaletteSource(File& archive, const std::string& explicitSource)
 PaletteArray PaletteSource::read(const std::string& reference)
 {
     const EntryRef source = parseEntryRef(reference);
-    requireRegularFile(source.archive);
-    std::unique_ptr<Content> entry(File::at(source.archive, source.index));
+    std::unique_ptr<Content> entry = readEntry(source.archive, source.index);
     PaletteArray palette(Palette::empty());
     paintPalette(entry.get(), entryName(source.archive, source.index), palette.get());
     return palette;
@@ -113,8 +117,10 @@ File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow)
         warn("palette source " + name + ".LBX not found beside " + archive.path());
         return nullptr;
     }
+    // A source is read like the archive itself, and no less protected.
+    protectInputs({path});
     try {
-        slot = std::make_unique<File>(path);
+        slot = openArchive(path);
     } catch (const std::exception& e) {
         warn(std::string("palette source: ") + e.what());
     }

@@ -1,13 +1,16 @@
 #ifndef ZORV2_LBX_TOOLS_PALETTESOURCE_H
 #define ZORV2_LBX_TOOLS_PALETTESOURCE_H
 
-#include "tools/Support.h"
+#include "archive/File.h"
 
 #include <map>
 #include <memory>
 #include <string>
 
 namespace lbxtool {
+
+using zorv2::Lbx::Content;
+using zorv2::Lbx::File;
 
 using PaletteArray = std::unique_ptr<unsigned char[]>;
 

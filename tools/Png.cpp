@@ -1,6 +1,9 @@
 #include "tools/Png.h"
 
-#include "tools/Support.h"
+#include "tools/Inputs.h"
+#include "tools/Pictures.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
 
 #include <lodepng.h>
 
@@ -19,6 +22,9 @@ constexpr unsigned int SHEET_COLUMNS = 8;
 Image loadPng(const std::string& path)
 {
     requireRegularFile(path);
+    const std::string reason = unreadableReason(path);
+    if (!reason.empty())
+        throw std::runtime_error("could not open '" + path + "' (" + reason + ")");
     Image image;
     const unsigned error = lodepng::decode(image.rgba, image.width, image.height, path);
     if (error != 0)
@@ -32,8 +38,7 @@ void savePng(const std::string& path, const unsigned char* rgba, unsigned int wi
     const unsigned error = lodepng::encode(png, rgba, width, height);
     if (error != 0)
         throw std::runtime_error("could not encode '" + path + "' (" + lodepng_error_text(error) + ")");
-    if (lodepng::save_file(png, path) != 0)
-        throw cannotWrite(path);
+    writeBytes(path, std::string(png.begin(), png.end()));
 }
 
 Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height)

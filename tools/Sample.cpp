@@ -7,7 +7,10 @@
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
 #include "tools/PaletteSource.h"
-#include "tools/Support.h"
+#include "tools/Paths.h"
+#include "tools/Pictures.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
 
 #include <algorithm>
 #include <cmath>
@@ -168,16 +171,8 @@ Content* font()
     return Content::Font::create(nullptr, heights, widths.data(), nullptr);
 }
 
-void writeArchive(const std::string& folder, const std::string& name, File& archive)
+void fontsArchive(File& archive)
 {
-    const std::string path = (std::filesystem::path(folder) / name).string();
-    writeAtomically(path, [&archive](const std::string& temporary) { archive.write(temporary); });
-    std::cout << "wrote " << path << " (" << archive.size() << " entries)\n";
-}
-
-void fontsArchive(const std::string& folder)
-{
-    File archive;
     append(archive, font());
     // Entries 1 and 2: the palettes the game's tables give INBOX[1] and SPHERSFX.
     append(archive, arrowCursor(warmPalette()));
@@ -185,7 +180,6 @@ void fontsArchive(const std::string& folder)
     append(archive, Content::Empty::create(true));
     while (archive.size() < FONTS_ENTRIES)
         append(archive, Content::Empty::create());
-    writeArchive(folder, "FONTS.LBX", archive);
 }
 
 // A landscape that carries all its colours in its own block.
@@ -227,17 +221,15 @@ Content* bouncingBall(const PaletteArray& warm)
     return graphicOf(frames, warm.get(), 0, 0, 0, Graphic::LOOP);
 }
 
-void inboxArchive(const std::string& folder)
+void inboxArchive(File& archive)
 {
-    File archive;
     append(archive, landscape());
     append(archive, bouncingBall(warmPalette()));
-    writeArchive(folder, "INBOX.LBX", archive);
 }
 
 // A dialog box whose block serves the button and the spinner that follow it
 // in the archive: the game takes CONFIRM's palette from its entry 0.
-void confirmArchive(const std::string& folder)
+void confirmArchive(File& archive)
 {
     const Colour border{48, 48, 52}, fill{4, 8, 28}, light{40, 52, 60}, dark{12, 20, 32}, dot{63, 60, 20};
     std::vector<Canvas> dialog(1, Canvas(40, 24));
@@ -268,11 +260,9 @@ void confirmArchive(const std::string& folder)
         }
     PaletteArray palette(Palette::create(all.data(), widths.data(), heights.data(), static_cast<unsigned int>(all.size())));
 
-    File archive;
     append(archive, graphicOf(dialog, palette.get(), 0, 0, coloursFilled(palette.get()), Graphic::PALETTE));
     append(archive, graphicOf(button, palette.get(), 0, 0, 0, Graphic::RAW));
     append(archive, graphicOf(spinner, palette.get(), 0, 0, 0, Graphic::CLEAR | Graphic::LOOP));
-    writeArchive(folder, "CONFIRM.LBX", archive);
 }
 
 // A tiny RIFF/WAVE file: 8-bit mono samples of a falling tone.
@@ -327,38 +317,50 @@ Content* glowingSphere()
     return graphicOf(frames, palette.get(), 0, glowOffset, glowSize, Graphic::PALETTE | Graphic::SHADOWS);
 }
 
-void sphersfxArchive(const std::string& folder)
+void sphersfxArchive(File& archive)
 {
-    File archive;
     append(archive, chirp());
     append(archive, glowingSphere());
-    writeArchive(folder, "SPHERSFX.LBX", archive);
 }
 
-void starnameArchive(const std::string& folder)
+void starnameArchive(File& archive)
 {
     std::vector<std::string> names = {"Sol", "Vega", "Rigel", "Deneb", "Altair", "Mira", "Polaris", "Sirius"};
     std::vector<std::string> notes = {
         "A yellow star of middling size, home of a race that learned to sail between the stars late and quickly.",
         "A blue giant; its planets are young, hot and rich in metals, and nobody has lived there for long.",
         "A red variable that swells and shrinks; the colonies that tried it are remembered by their ruins."};
-    File archive;
     append(archive, Content::Text::create(names));
     append(archive, Content::Text::create(notes));
-    writeArchive(folder, "STARNAME.LBX", archive);
 }
+
+// The sample set, each archive beside the function that fills it.
+const struct {
+    const char* name;
+    void (*fill)(File&);
+} ARCHIVES[] = {
+    {"FONTS.LBX", fontsArchive},       {"INBOX.LBX", inboxArchive},       {"CONFIRM.LBX", confirmArchive},
+    {"SPHERSFX.LBX", sphersfxArchive}, {"STARNAME.LBX", starnameArchive},
+};
 
 } // namespace
 
-int sample(const std::string& folder)
+// Every name is checked before the first archive is written, so that a
+// refusal leaves the folder as it was.
+int sample(const std::string& folder, bool force)
 {
+    const Existing existing = force ? Existing::Replace : Existing::Refuse;
+    const auto pathOf = [&folder](const char* name) { return (std::filesystem::path(folder) / name).string(); };
+    for (const auto& made : ARCHIVES)
+        checkTarget(pathOf(made.name), existing);
     makeFolder(folder);
-    fontsArchive(folder);
-    inboxArchive(folder);
-    confirmArchive(folder);
-    sphersfxArchive(folder);
-    starnameArchive(folder);
-    return 0;
+    for (const auto& made : ARCHIVES) {
+        File archive;
+        made.fill(archive);
+        writeArchive(pathOf(made.name), archive, existing);
+        std::cout << "wrote " << pathOf(made.name) << " (" << archive.size() << " entries)\n";
+    }
+    return EXIT_DONE;
 }
 
 } // namespace lbxtool

@@ -48,10 +48,10 @@ protected:
     // The whole sample exported into one folder, as scripts/demo does.
     std::string exportedSample()
     {
-        EXPECT_EQ(sample(dir.path("sample")), 0);
+        EXPECT_EQ(sample(dir.path("sample"), false), 0);
         for (const char* name : {"CONFIRM.LBX", "FONTS.LBX", "INBOX.LBX", "SPHERSFX.LBX", "STARNAME.LBX"}) {
             ExportOptions options;
-            options.archive = dir.path("sample/") + name;
+            options.archives = {dir.path("sample/") + name};
             options.folder = dir.path("out");
             options.html = true;
             EXPECT_EQ(exportEntries(options), 0) << name;
@@ -163,7 +163,7 @@ TEST_F(GalleryPage, AnEntryThatCannotBeDrawnIsShownWithItsReason)
     std::unique_ptr<Content> font(Content::Font::create(nullptr, heights, widths.data(), nullptr));
     const std::string path = dir.file("tall.lbx", archive({bytesOf(font->data(), font->size())}));
     ExportOptions options;
-    options.archive = path;
+    options.archives = {path};
     options.folder = dir.path("out");
     options.html = true;
     EXPECT_EQ(exportEntries(options), 1);

@@ -1,0 +1,31 @@
+#ifndef ZORV2_LBX_TOOLS_REPORT_H
+#define ZORV2_LBX_TOOLS_REPORT_H
+
+#include <stdexcept>
+#include <string>
+
+// How the lbx tool tells the user what went wrong: one line each on stderr,
+// and the exit status.
+namespace lbxtool {
+
+// Exit status: success, a bad file or failed operation, a bad command line.
+constexpr int EXIT_DONE = 0;
+constexpr int EXIT_FAILED = 1;
+constexpr int EXIT_USAGE = 2;
+
+// One line on stderr; every failure the user sees goes through here.
+void reportError(const std::string& message);
+// One line on stderr, printed once however often it comes up.
+void warn(const std::string& message);
+
+// The system's reason why `path` cannot be opened for reading, such as
+// "No such file or directory"; empty when it can be.
+std::string unreadableReason(const std::string& path);
+
+// `failure`'s text, unchanged, with the system's reason behind it in
+// parentheses when `path` cannot be opened.
+std::runtime_error withReason(const std::exception& failure, const std::string& path);
+
+} // namespace lbxtool
+
+#endif
