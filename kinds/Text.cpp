@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <cstring>
 
 namespace zorv2 {
 namespace Lbx {
@@ -45,7 +46,7 @@ std::size_t longestLength(const std::vector<std::string>& strings)
 } // namespace
 
 Content::Text::Text(std::string name, char* data, unsigned int size, TYPE type)
-    : AbstractContent(std::move(name), data, size, type), recordCount(0), recordLength(0)
+    : AbstractContent(std::move(name), data, size, type)
 {
     if (size < RECORDS_OFFSET)
         return;
@@ -53,13 +54,30 @@ Content::Text::Text(std::string name, char* data, unsigned int size, TYPE type)
     const unsigned int textsize = read2(TEXTSIZE_OFFSET);
     // Widened before multiplying: the 16-bit fields would otherwise be
     // promoted to int, whose range their product can leave. The match with
-    // the size is also what keeps every record that get cuts inside the copy.
+    // the size is also what keeps every record inside the entry.
     if (std::uint64_t{nr} * textsize + RECORDS_OFFSET != size)
         return;
     valid = true;
-    recordCount = nr;
-    recordLength = textsize;
-    records.assign(data + RECORDS_OFFSET, data + size);
+    keepStrings(nr, textsize);
+}
+
+void Content::Text::keepStrings(unsigned int nr, unsigned int textsize)
+{
+    // Measured first, so that the strings are copied once, into a block of
+    // their exact size.
+    ends.resize(nr);
+    unsigned int total = 0;
+    for (unsigned int record = 0; record < nr; ++record) {
+        const char* begin = data + RECORDS_OFFSET + std::size_t{record} * textsize;
+        const auto* terminator = static_cast<const char*>(std::memchr(begin, '\0', textsize));
+        total += terminator ? static_cast<unsigned int>(terminator - begin) : textsize;
+        ends[record] = total;
+    }
+    characters.reserve(total);
+    for (unsigned int record = 0; record < nr; ++record) {
+        const char* begin = data + RECORDS_OFFSET + std::size_t{record} * textsize;
+        characters.append(begin, ends[record] - startOf(record));
+    }
 }
 
 Content::Text::~Text() = default;
@@ -72,17 +90,21 @@ std::string Content::Text::info()
 std::string Content::Text::get(unsigned int index)
 {
     // An index past the last record has no string; nothing outside the
-    // records is read for it.
-    if (index >= recordCount)
+    // strings is read for it.
+    if (index >= ends.size())
         return "";
-    const char* begin = records.data() + std::size_t{index} * recordLength;
-    const char* end = begin + recordLength;
-    return std::string(begin, std::find(begin, end, '\0'));
+    const unsigned int begin = startOf(index);
+    return characters.substr(begin, ends[index] - begin);
 }
 
 unsigned int Content::Text::size()
 {
-    return recordCount;
+    return static_cast<unsigned int>(ends.size());
+}
+
+unsigned int Content::Text::startOf(unsigned int index)
+{
+    return index == 0 ? 0 : ends[index - 1];
 }
 
 Content* Content::Text::create(std::vector<std::string>& strings)

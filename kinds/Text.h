@@ -11,9 +11,8 @@ namespace zorv2 {
 namespace Lbx {
 
 // A table of strings in records of one fixed length. The constructor checks
-// the header against the size and keeps a copy of the records, so that the
-// strings no longer depend on the entry's bytes; get cuts a record out of
-// that copy.
+// the header against the size and keeps the strings, so that they no longer
+// depend on the entry's bytes.
 class Content::Text : public Content::AbstractContent {
 public:
     Text(std::string name, char* data, unsigned int size, TYPE type);
@@ -29,12 +28,16 @@ public:
     static Content* createDebug(Content* content);
 
 private:
-    // Both 0 for a refused entry, which so has no strings.
-    unsigned int recordCount;
-    unsigned int recordLength;
-    // The records as the entry held them: one copy instead of a string each
-    // keeps opening an archive cheap.
-    std::vector<char> records;
+    void keepStrings(unsigned int nr, unsigned int textsize);
+    // Where string `index` begins in `characters`: where the one before ends.
+    unsigned int startOf(unsigned int index);
+
+    // Every string, one behind the other, and where each ends there: two
+    // blocks instead of a string each keep opening an archive cheap, and
+    // what follows a string's terminator is not kept. Both are empty for a
+    // refused entry, which so has no strings.
+    std::string characters;
+    std::vector<unsigned int> ends;
 };
 
 } // namespace Lbx
