@@ -57,7 +57,7 @@ private:
         File archive;
         for (unsigned int i = 0; i < entries; ++i)
             archive.push_back(new Content(*mixed->at(i)));
-        Archive written{dir.file("mixed-" + std::to_string(entries) + ".lbx"), entries, 0, {}};
+        Archive written{dir.path("mixed-" + std::to_string(entries) + ".lbx"), entries, 0, {}};
         archive.write(written.path);
         File::header(written.path, nullptr, &written.offsets, nullptr);
         written.bytes = written.offsets.back();

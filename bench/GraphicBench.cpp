@@ -44,7 +44,7 @@ constexpr Size CHAIN = {640, 480, 100};
 
 struct Animation {
     Frames images;
-    Bytes palette;
+    Pixels palette;
     std::map<Coding, std::unique_ptr<Content>> entries;
     std::int64_t pixels;
 

@@ -117,7 +117,7 @@ void readTableFloor(benchmark::State& state, TextTable& table)
 
 struct CursorWork {
     Frames frames;
-    Bytes palette;
+    Pixels palette;
     std::unique_ptr<Content> entry;
 };
 

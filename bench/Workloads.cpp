@@ -8,14 +8,14 @@
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <filesystem>
-#include <stdexcept>
 
 namespace bench {
 
 using zorv2::Lbx::Content;
+using fixtures::entryOf;
+using fixtures::le16;
+using fixtures::le32;
 
 namespace {
 
@@ -45,7 +45,7 @@ unsigned int backgroundIndex(unsigned int x, unsigned int y)
     return 1 + ((x / 4 + y / 4) % 15) * 8 + ((x ^ y) & 7);
 }
 
-void paint(Bytes& rgba, std::size_t pixel, const Bytes& palette, unsigned int index)
+void paint(Pixels& rgba, std::size_t pixel, const Pixels& palette, unsigned int index)
 {
     for (unsigned int byte = 0; byte < PIXEL_SIZE; ++byte)
         rgba[pixel * PIXEL_SIZE + byte] = palette[index * PIXEL_SIZE + byte];
@@ -53,29 +53,8 @@ void paint(Bytes& rgba, std::size_t pixel, const Bytes& palette, unsigned int in
 
 void pointAt(Frames& frames)
 {
-    for (Bytes& frame : frames.rgba)
+    for (Pixels& frame : frames.rgba)
         frames.pointers.push_back(frame.data());
-}
-
-void put2(std::string& bytes, unsigned int value)
-{
-    bytes += static_cast<char>(value & 0xFF);
-    bytes += static_cast<char>((value >> 8) & 0xFF);
-}
-
-void put4(std::string& bytes, unsigned int value)
-{
-    put2(bytes, value & 0xFFFF);
-    put2(bytes, value >> 16);
-}
-
-std::unique_ptr<Content> entryOf(const std::string& bytes)
-{
-    std::unique_ptr<char[]> block(new char[bytes.size()]);
-    std::copy(bytes.begin(), bytes.end(), block.get());
-    std::unique_ptr<Content> content(new Content("bench", block.get(), static_cast<unsigned int>(bytes.size())));
-    block.release();
-    return content;
 }
 
 // Filler that no earlier kind of the chain takes for its own: its 16-bit word
@@ -93,18 +72,14 @@ std::string patterned(unsigned int size, unsigned int seed)
 std::unique_ptr<Content> soundEntry(unsigned int samples)
 {
     constexpr unsigned int HEAD_AFTER_LENGTH = 36;
-    std::string bytes = "RIFF";
-    put4(bytes, HEAD_AFTER_LENGTH + samples);
-    bytes += "WAVEfmt ";
-    put4(bytes, 16);
-    put2(bytes, 1);      // PCM
-    put2(bytes, 1);      // mono
-    put4(bytes, 11025);  // samples per second
-    put4(bytes, 11025);  // bytes per second
-    put2(bytes, 1);      // block alignment
-    put2(bytes, 8);      // bits per sample
-    bytes += "data";
-    put4(bytes, samples);
+    std::string bytes = "RIFF" + le32(HEAD_AFTER_LENGTH + samples) + "WAVEfmt " + le32(16);
+    bytes += le16(1);      // PCM
+    bytes += le16(1);      // mono
+    bytes += le32(11025);  // samples per second
+    bytes += le32(11025);  // bytes per second
+    bytes += le16(1);      // block alignment
+    bytes += le16(8);      // bits per sample
+    bytes += "data" + le32(samples);
     for (unsigned int i = 0; i < samples; ++i)
         bytes += static_cast<char>(128 + ((i * 7) % 64) - 32);
     return entryOf(bytes);
@@ -117,7 +92,7 @@ std::unique_ptr<Content> recordEntry(unsigned int round)
     case 1: {
         std::string race;
         for (unsigned int mark : RACE_MARKS)
-            put2(race, mark);
+            race += le16(mark);
         return entryOf(race + patterned(RACE_SIZE - RACE_HEAD, round));
     }
     default: return entryOf(patterned(ABCOST_SIZE - ABCOST_ZERO_TAIL, round) + std::string(ABCOST_ZERO_TAIL, '\0'));
@@ -133,7 +108,7 @@ std::unique_ptr<Content> fontEntry(unsigned int round)
     for (unsigned int g = 0; g < GLYPH_COUNT; ++g)
         widths[g] = static_cast<unsigned char>(3 + g % 7);
     unsigned char* glyphs[GLYPH_COUNT] = {};
-    Bytes palette = scenePalette();
+    Pixels palette = scenePalette();
     return std::unique_ptr<Content>(Content::Font::create(palette.data(), heights, widths, glyphs));
 }
 
@@ -146,7 +121,7 @@ std::unique_ptr<Content> textEntry(unsigned int count)
 std::unique_ptr<Content> cursorEntry()
 {
     Frames frames = cursorFrames();
-    Bytes palette = scenePalette();
+    Pixels palette = scenePalette();
     return std::unique_ptr<Content>(Content::Cursor::create(palette.data(), frames.pointers.data()));
 }
 
@@ -168,9 +143,9 @@ std::unique_ptr<Content> rotationGraphic(unsigned int slot)
 
 } // namespace
 
-Bytes scenePalette()
+Pixels scenePalette()
 {
-    Bytes palette(PALETTE_BYTES);
+    Pixels palette(PALETTE_BYTES);
     for (unsigned int i = 0; i < COLORS; ++i) {
         unsigned char* entry = palette.data() + i * PIXEL_SIZE;
         entry[RED] = static_cast<unsigned char>((i % 64) * 4);
@@ -201,12 +176,12 @@ unsigned short flagsOf(Coding coding)
 
 Frames movingDisc(unsigned short width, unsigned short height, unsigned short count, Shape shape)
 {
-    const Bytes palette = scenePalette();
+    const Pixels palette = scenePalette();
     Frames frames{width, height, {}, {}};
     const int radius = (shape == Shape::SCENE ? height / 8 : height / 3) + 1;
     for (unsigned int f = 0; f < count; ++f) {
         // Transparent pixels stay four zero bytes.
-        Bytes rgba(std::size_t{width} * height * PIXEL_SIZE, 0);
+        Pixels rgba(std::size_t{width} * height * PIXEL_SIZE, 0);
         const int centreX = width / 4 + static_cast<int>((f * 3) % (width / 2 + 1));
         const int centreY = height / 2;
         for (int y = 0; y < height; ++y) {
@@ -229,7 +204,7 @@ Frames movingDisc(unsigned short width, unsigned short height, unsigned short co
 
 std::unique_ptr<Content> graphicEntry(Frames& frames, Coding coding)
 {
-    Bytes palette = scenePalette();
+    Pixels palette = scenePalette();
     return std::unique_ptr<Content>(Content::Graphic::create(frames.pointers.data(), palette.data(), frames.width,
                                                              frames.height,
                                                              static_cast<unsigned short>(frames.rgba.size()), 0, 0,
@@ -254,10 +229,10 @@ std::vector<std::string> messageStrings(unsigned int count)
 
 Frames cursorFrames()
 {
-    const Bytes palette = scenePalette();
+    const Pixels palette = scenePalette();
     Frames frames{CURSOR_SIDE, CURSOR_SIDE, {}, {}};
     for (unsigned int f = 0; f < CURSOR_FRAMES; ++f) {
-        Bytes rgba(CURSOR_SIDE * CURSOR_SIDE * PIXEL_SIZE, 0);
+        Pixels rgba(CURSOR_SIDE * CURSOR_SIDE * PIXEL_SIZE, 0);
         for (unsigned int y = 0; y < CURSOR_SIDE; ++y)
             for (unsigned int x = 0; x <= y && x + y / 2 < CURSOR_SIDE; ++x)
                 paint(rgba, y * CURSOR_SIDE + x, palette, 1 + (x + y + f) % 250);
@@ -291,26 +266,7 @@ std::unique_ptr<Content> archiveEntry(unsigned int index)
     }
 }
 
-TempDir::TempDir()
-{
-    std::string pattern = (std::filesystem::temp_directory_path() / "zorv2-lbx-bench-XXXXXX").string();
-    if (!mkdtemp(pattern.data()))
-        throw std::runtime_error("cannot make a temporary directory");
-    path = pattern;
-}
-
-TempDir::~TempDir()
-{
-    std::error_code ignored;
-    std::filesystem::remove_all(path, ignored);
-}
-
-std::string TempDir::file(const std::string& name) const
-{
-    return (std::filesystem::path(path) / name).string();
-}
-
-PaletteLoop::PaletteLoop(const Bytes& palette)
+PaletteLoop::PaletteLoop(const Pixels& palette)
 {
     std::memcpy(table, palette.data(), sizeof table);
 }

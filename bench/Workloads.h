@@ -2,6 +2,7 @@
 #define ZORV2_LBX_BENCH_WORKLOADS_H
 
 #include "entry/Content.h"
+#include "tests/support/Fixtures.h"
 
 #include <cstdint>
 #include <memory>
@@ -13,10 +14,11 @@
 // outside.
 namespace bench {
 
-using Bytes = std::vector<unsigned char>;
+using fixtures::Pixels;
+using fixtures::TempDir;
 
 // A palette array of 256 distinct opaque colours, all multiples of 4.
-Bytes scenePalette();
+Pixels scenePalette();
 
 // How an animation's frames are stored.
 enum class Coding { DELTA, CLEAR, RAW };
@@ -31,7 +33,7 @@ enum class Shape { SCENE, SPRITE };
 struct Frames {
     unsigned short width;
     unsigned short height;
-    std::vector<Bytes> rgba;
+    std::vector<Pixels> rgba;
     std::vector<unsigned char*> pointers;
 };
 Frames movingDisc(unsigned short width, unsigned short height, unsigned short count, Shape shape);
@@ -49,25 +51,11 @@ Frames cursorFrames();
 // sounds, fixed records and empty entries in a fixed rotation.
 std::unique_ptr<zorv2::Lbx::Content> archiveEntry(unsigned int index);
 
-// A directory of its own under the system's temporary directory, removed
-// with everything in it when the object goes.
-class TempDir {
-public:
-    TempDir();
-    ~TempDir();
-    TempDir(const TempDir&) = delete;
-    TempDir& operator=(const TempDir&) = delete;
-    std::string file(const std::string& name) const;
-
-private:
-    std::string path;
-};
-
 // The floor of every palette image decoder: each index byte mapped through
 // a table of 256 four-byte colours, nothing else.
 class PaletteLoop {
 public:
-    explicit PaletteLoop(const Bytes& palette);
+    explicit PaletteLoop(const Pixels& palette);
     void map(const unsigned char* indices, std::size_t count, std::uint32_t* rgba);
 
 private:

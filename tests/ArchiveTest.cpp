@@ -1,6 +1,8 @@
 #include "archive/File.h"
 #include "entry/Content.h"
-#include "Fixtures.h"
+#include "tests/support/Fixtures.h"
+
+#include <gtest/gtest.h>
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Content.h"
 #include "entry/Write.h"
-#include "Fixtures.h"
+#include "tests/support/Fixtures.h"
 
 #include <gmock/gmock.h>
 

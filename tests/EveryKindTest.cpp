@@ -1,6 +1,7 @@
 #include "Lbx.h"
-#include "Fixtures.h"
-#include "Samples.h"
+#include "tests/support/Fixtures.h"
+
+#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -36,7 +37,7 @@ TEST(EveryKind, SurvivesAnArchiveRoundTripAndVerifies)
     TempDir dir;
     {
         File archive;
-        for (Content* entry : samples::entriesOfEveryKind())
+        for (Content* entry : entriesOfEveryKind())
             archive.push_back(entry);
         archive.write(dir.path("every.lbx"));
     }

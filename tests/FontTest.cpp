@@ -1,11 +1,12 @@
-#include "CursorFontFixture.h"
-
 #include "images/Font.h"
 #include "images/Palette.h"
+#include "tests/support/Fixtures.h"
+
+#include <gtest/gtest.h>
 
 #include <utility>
 
-using zorv2::Lbx::Content;
+using namespace fixtures;
 
 namespace {
 
@@ -13,14 +14,13 @@ constexpr unsigned int HEADER_SIZE = 9116, OFFSETS = 2972;
 using Stored = std::vector<std::pair<unsigned int, unsigned int>>; // table position, stored offset
 
 // Constants and fills in place, everything else 0, `glyphBytes` behind the header.
-std::vector<char> fontBytes(unsigned int glyphBytes, const Stored& stored = {})
+Bytes fontBytes(unsigned int glyphBytes, const Stored& stored = {})
 {
-    std::vector<char> bytes(HEADER_SIZE + glyphBytes, 0);
+    Bytes bytes(HEADER_SIZE + glyphBytes, '\0');
     bytes[0] = 25, bytes[4] = 50;
     std::fill(bytes.begin() + 114, bytes.begin() + 363, 8);
     for (const auto& [position, value] : stored)
-        for (unsigned int b = 0; b < 4; ++b)
-            bytes[OFFSETS + 4 * position + b] = static_cast<char>(value >> (8 * b));
+        bytes.replace(OFFSETS + 4 * position, 4, le32(value));
     return bytes;
 }
 
@@ -35,13 +35,13 @@ TEST(Font, RecognisedByConstantsAndCheckedFillsOnly)
         {363, 1, true},  {1387, 1, true}, {1400, 1, true}, {1435, 1, true}, {9115, 1, true},
     };
     for (const Case& c : cases) {
-        std::vector<char> bytes = fontBytes(0);
+        Bytes bytes = fontBytes(0);
         bytes[c.at] = c.value;
-        EXPECT_EQ(contentOf(bytes)->type() == Content::FONT, c.font) << "byte " << c.at;
+        EXPECT_EQ(entryOf(bytes)->type() == Content::FONT, c.font) << "byte " << c.at;
     }
-    std::vector<char> tooShort = fontBytes(0);
+    Bytes tooShort = fontBytes(0);
     tooShort.pop_back();
-    EXPECT_NE(contentOf(tooShort)->type(), Content::FONT);
+    EXPECT_NE(entryOf(tooShort)->type(), Content::FONT);
 }
 
 TEST(Font, CreatedHeaderReadsBackAndVerifies)
@@ -80,7 +80,7 @@ TEST(Font, CreatedHeaderReadsBackAndVerifies)
 
 TEST(Font, StoredZeroStepsBackToTheGlyphBefore)
 {
-    std::unique_ptr<Content> content = contentOf(fontBytes(40, {{66, 5}, {67, 17}}));
+    std::unique_ptr<Content> content = entryOf(fontBytes(40, {{66, 5}, {67, 17}}));
     Content::Font* font = content->font();
     EXPECT_EQ(font->offset(0, 65), 9116u);
     EXPECT_EQ(font->offset(0, 66), 9121u);
@@ -93,7 +93,7 @@ TEST(Font, StoredZeroStepsBackToTheGlyphBefore)
     EXPECT_EQ(font->offset(0, 257), 9156u);
     EXPECT_EQ(font->offset(6, 0), 9156u);
 
-    std::unique_ptr<Content> next = contentOf(fontBytes(40, {{256, 7}}));
+    std::unique_ptr<Content> next = entryOf(fontBytes(40, {{256, 7}}));
     EXPECT_EQ(next->font()->offset(0, 256), 9123u);
     EXPECT_EQ(next->font()->offset(1, 1), 9123u);
 }
@@ -121,13 +121,13 @@ TEST(Font, VerifyingMeasuresEachGlyphByItsStoredOffsets)
          "debug font", "is  9116, should be  9126  'size'\n"},
     };
     for (const Case& c : cases) {
-        std::unique_ptr<Content> content = contentOf(fontBytes(c.glyphBytes, c.stored));
+        std::unique_ptr<Content> content = entryOf(fontBytes(c.glyphBytes, c.stored));
         ASSERT_EQ(content->type(), Content::FONT) << c.what;
         testing::internal::CaptureStderr();
         if (c.failure.empty())
             delete content->debugCreate();
         else
-            expectFailure([&] { delete content->debugCreate(); }, c.failure);
+            EXPECT_EQ(thrownBy([&] { delete content->debugCreate(); }), c.failure) << c.what;
         const std::string line = c.failure.empty() ? "" : c.failure + " - " + c.line;
         EXPECT_EQ(testing::internal::GetCapturedStderr(), line) << c.what;
     }

@@ -1,31 +1,31 @@
-#include "GraphicFixture.h"
+#include "tests/support/Fixtures.h"
 
 #include <gtest/gtest.h>
 
-using namespace graphicFixture;
+using namespace fixtures;
 
 TEST(GraphicDecode, Recognition)
 {
-    const Bytes paletteOnly = header(0, 0, 0, Graphic::PALETTE, {20}) + Bytes{0, 0, 0, 0};
-    const Bytes raw = {1, 2, 3, 4};
-    auto patched = [](Bytes bytes, std::size_t at, unsigned char value) {
+    const Bytes paletteOnly = graphicHeader(0, 0, 0, Graphic::PALETTE, {20}) + octets({0, 0, 0, 0});
+    const Bytes raw = octets({1, 2, 3, 4});
+    auto patched = [](Bytes bytes, std::size_t at, char value) {
         bytes[at] = value;
         return bytes;
     };
     const struct { const char* what; Bytes bytes; bool accepted; } cases[] = {
         {"only a palette block, 20 bytes", paletteOnly, true},
         {"19 bytes", Bytes(paletteOnly.begin(), paletteOnly.end() - 1), false},
-        {"4 spare bytes behind the palette block", patched(paletteOnly + Bytes(4, 0), 12, 24), false},
+        {"4 spare bytes behind the palette block", patched(paletteOnly + Bytes(4, '\0'), 12, 24), false},
         {"reserved word set", patched(exampleEntry(), 4, 1), false},
-        {"bytes behind the last frame", exampleEntry() + Bytes(4, 0), false},
+        {"bytes behind the last frame", exampleEntry() + Bytes(4, '\0'), false},
         {"frame of length 0", patched(exampleEntry(), 16, 0x1C), false},
         {"4 spare bytes behind the table", patched(exampleEntry(), 12, 0x20), false},
         {"frame start word not 1", patched(exampleEntry(), 0x44, 2), false},
-        {"compressed frame in the last 2 bytes", header(1, 1, 1, 0, {20, 22}) + Bytes{1, 0}, false},
-        {"raw, exact", header(2, 2, 1, Graphic::RAW, {20, 24}) + raw, true},
-        {"raw, 3 zero bytes", header(2, 2, 1, Graphic::RAW, {20, 27}) + raw + Bytes(3, 0), true},
-        {"raw, 4 zero bytes", header(2, 2, 1, Graphic::RAW, {20, 28}) + raw + Bytes(4, 0), false},
-        {"raw, fill not 0", header(2, 2, 1, Graphic::RAW, {20, 25}) + raw + Bytes{9}, false},
+        {"compressed frame in the last 2 bytes", graphicHeader(1, 1, 1, 0, {20, 22}) + octets({1, 0}), false},
+        {"raw, exact", graphicHeader(2, 2, 1, Graphic::RAW, {20, 24}) + raw, true},
+        {"raw, 3 zero bytes", graphicHeader(2, 2, 1, Graphic::RAW, {20, 27}) + raw + Bytes(3, '\0'), true},
+        {"raw, 4 zero bytes", graphicHeader(2, 2, 1, Graphic::RAW, {20, 28}) + raw + Bytes(4, '\0'), false},
+        {"raw, fill not 0", graphicHeader(2, 2, 1, Graphic::RAW, {20, 25}) + raw + octets({9}), false},
     };
     for (const auto& c : cases)
         EXPECT_EQ(entryOf(c.bytes)->type() == Content::GRAPHIC, c.accepted) << c.what;
@@ -47,7 +47,7 @@ TEST(GraphicDecode, ClearRules)
 
 TEST(GraphicDecode, Info)
 {
-    auto single = entryOf(header(320, 200, 1, 0, {20, 28}) + Bytes{1, 0, 200, 0, 0, 0, 0, 0});
+    auto single = entryOf(graphicHeader(320, 200, 1, 0, {20, 28}) + octets({1, 0, 200, 0, 0, 0, 0, 0}));
     EXPECT_EQ(single->graphic()->info(), " 320x200   1 frames   options: none");
     Bytes flagged = exampleEntry();
     flagged[10] = 0x01;
@@ -57,21 +57,21 @@ TEST(GraphicDecode, Info)
 TEST(GraphicDecode, PaletteBlock)
 {
     // palOffset 16, palSize 4, colours of lead byte and DAC red, green, blue.
-    auto entry = entryOf(header(0, 0, 0, Graphic::PALETTE, {36}) + Bytes{16, 0, 4, 0} +
-                         Bytes{0, 1, 2, 3, 0, 10, 20, 30, 0, 63, 0, 0, 0, 0, 0, 63});
+    auto entry = entryOf(graphicHeader(0, 0, 0, Graphic::PALETTE, {36}) + octets({16, 0, 4, 0}) +
+                         octets({0, 1, 2, 3, 0, 10, 20, 30, 0, 63, 0, 0, 0, 0, 0, 63}));
     Graphic* graphic = entry->graphic();
     unsigned char* own = graphic->palette();
     EXPECT_EQ(graphic->palette(), own);
-    EXPECT_EQ(pixelsOf(own + 4 * 15, 6), (Bytes{0, 0, 0, 255, 4, 8, 12, 255, 40, 80, 120, 255, 252, 0, 0, 255,
+    EXPECT_EQ(pixelsOf(own + 4 * 15, 6), (Pixels{0, 0, 0, 255, 4, 8, 12, 255, 40, 80, 120, 255, 252, 0, 0, 255,
                                                 0, 0, 252, 255, 0, 0, 0, 255}));
     std::unique_ptr<unsigned char[]> copy(graphic->paletteCopy());
     EXPECT_EQ(pixelsOf(copy.get(), 256), pixelsOf(own, 256));
 
     // Only palOffset's low byte counts, and colours past index 255 are dropped.
-    auto pastEnd = entryOf(header(0, 0, 0, Graphic::PALETTE, {32}) + Bytes{0xFE, 1, 3, 0} + Bytes(12, 9));
+    auto pastEnd = entryOf(graphicHeader(0, 0, 0, Graphic::PALETTE, {32}) + octets({0xFE, 1, 3, 0}) + Bytes(12, '\x09'));
     EXPECT_EQ(pixelsOf(pastEnd->graphic()->palette() + 4 * 253, 3),
-              (Bytes{0, 0, 0, 255, 36, 36, 36, 255, 36, 36, 36, 255}));
-    auto badDac = entryOf(header(0, 0, 0, Graphic::PALETTE, {24}) + Bytes{0, 0, 1, 0, 0, 64, 0, 0});
+              (Pixels{0, 0, 0, 255, 36, 36, 36, 255, 36, 36, 36, 255}));
+    auto badDac = entryOf(graphicHeader(0, 0, 0, Graphic::PALETTE, {24}) + octets({0, 0, 1, 0, 0, 64, 0, 0}));
     EXPECT_EQ(thrownBy([&] { badDac->graphic()->palette(); }), "invalid dac value (>63)");
 
     auto plain = entryOf(exampleEntry(), "a.lbx[0]");
@@ -86,24 +86,24 @@ TEST(GraphicDecode, LyingStreams)
     // The stream behind the frame start word, and the pixels it paints.
     const struct { const char* what; unsigned int width, height; Bytes stream; std::map<unsigned int, int> painted; }
         cases[] = {
-        {"run past the image", 4, 2, {1, 0, 8, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 0, 0, 0xE8, 3}, {}},
-        {"second run past the image", 4, 2, {0, 0, 1, 0, 0, 0, 5, 0, 5, 0, 3, 0, 1, 2, 3, 4, 5, 0}, {{0, 5}}},
-        {"skip beyond the end", 4, 2, {0, 0, 1, 0, 0x60, 0xEA, 5, 0, 0, 0, 0xE8, 3}, {}},
-        {"distance beyond the end", 4, 2, {0, 0, 1, 0, 3, 0, 5, 0, 0, 0, 0xFF, 0xFF, 1, 0, 0, 0, 6, 0}, {{3, 5}}},
-        {"cut inside a run", 4, 2, {0, 0, 4, 0, 0, 0, 1, 2}, {}},
-        {"cut inside a word, no end mark", 4, 2, {1, 0, 1, 0, 1, 0, 9, 0, 1}, {{5, 9}}},
-        {"row ends before the edge", 4, 2, {0, 0, 1, 0, 1, 0, 5, 0, 0, 0, 1, 0, 1, 0, 0, 0, 6, 0}, {{1, 5}, {4, 6}}},
-        {"width 0 with row ends", 0, 5, {0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}, {}},
-        {"empty frame word 636", 2, 200, {0x7C, 2, 0, 0, 0, 0}, {}},
-        {"last pixel of the widest row", 65535, 1, {0, 0, 1, 0, 0xFE, 0xFF, 7, 0, 0, 0, 0xE8, 3}, {{65534, 7}}},
+        {"run past the image", 4, 2, octets({1, 0, 8, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8, 0, 0, 0xE8, 3}), {}},
+        {"second run past the image", 4, 2, octets({0, 0, 1, 0, 0, 0, 5, 0, 5, 0, 3, 0, 1, 2, 3, 4, 5, 0}), {{0, 5}}},
+        {"skip beyond the end", 4, 2, octets({0, 0, 1, 0, 0x60, 0xEA, 5, 0, 0, 0, 0xE8, 3}), {}},
+        {"distance beyond the end", 4, 2, octets({0, 0, 1, 0, 3, 0, 5, 0, 0, 0, 0xFF, 0xFF, 1, 0, 0, 0, 6, 0}), {{3, 5}}},
+        {"cut inside a run", 4, 2, octets({0, 0, 4, 0, 0, 0, 1, 2}), {}},
+        {"cut inside a word, no end mark", 4, 2, octets({1, 0, 1, 0, 1, 0, 9, 0, 1}), {{5, 9}}},
+        {"row ends before the edge", 4, 2, octets({0, 0, 1, 0, 1, 0, 5, 0, 0, 0, 1, 0, 1, 0, 0, 0, 6, 0}), {{1, 5}, {4, 6}}},
+        {"width 0 with row ends", 0, 5, octets({0, 0, 0, 0, 1, 0, 0, 0, 0, 0, 0, 0}), {}},
+        {"empty frame word 636", 2, 200, octets({0x7C, 2, 0, 0, 0, 0}), {}},
+        {"last pixel of the widest row", 65535, 1, octets({0, 0, 1, 0, 0xFE, 0xFF, 7, 0, 0, 0, 0xE8, 3}), {{65534, 7}}},
     };
-    auto palette = fake();
+    auto palette = fakePalette();
     // Decoded first in other colours: the buffer that the second decode takes
     // again holds them, and none may show where nothing is painted.
-    std::vector<unsigned char> stale(1024, 0x55);
+    Pixels stale(1024, 0x55);
     for (const auto& c : cases) {
         const auto end = static_cast<unsigned int>(22 + c.stream.size());
-        auto entry = entryOf(header(c.width, c.height, 1, 0, {20, end}) + Bytes{1, 0} + c.stream);
+        auto entry = entryOf(graphicHeader(c.width, c.height, 1, 0, {20, end}) + octets({1, 0}) + c.stream);
         entry->graphic()->setPalette(stale.data());
         entry->graphic()->frame(0);
         entry->graphic()->setPalette(palette.get());
@@ -112,7 +112,7 @@ TEST(GraphicDecode, LyingStreams)
             << c.what;
     }
 
-    auto huge = entryOf(header(65535, 65535, 1, 0, {20, 28}) + Bytes{1, 0, 0xFF, 0xFF, 0, 0, 0, 0}, "big");
+    auto huge = entryOf(graphicHeader(65535, 65535, 1, 0, {20, 28}) + octets({1, 0, 0xFF, 0xFF, 0, 0, 0, 0}), "big");
     huge->graphic()->setPalette(palette.get());
     EXPECT_EQ(thrownBy([&] { huge->graphic()->frame(0); }), "graphic big is too large to decode (65535x65535)");
 }
@@ -123,18 +123,15 @@ TEST(GraphicDecode, LyingStreams)
 TEST(GraphicDecode, AnimationsTooLargeToHoldAreRefusedUpFront)
 {
     constexpr unsigned int frames = 65535, tableEnd = 12 + 4 * (frames + 1);
-    Bytes bytes = header(8192, 8192, frames, 0, {});
-    for (unsigned int f = 0; f <= frames; ++f) {
-        const unsigned int offset = f < frames ? tableEnd + 2 * f : tableEnd + 2 * frames + 1;
-        for (unsigned int shift = 0; shift < 32; shift += 8)
-            bytes.push_back(static_cast<unsigned char>(offset >> shift));
-    }
+    Bytes bytes = graphicHeader(8192, 8192, frames, 0, {});
+    for (unsigned int f = 0; f <= frames; ++f)
+        bytes += le32(f < frames ? tableEnd + 2 * f : tableEnd + 2 * frames + 1);
     for (unsigned int f = 0; f < frames; ++f)
-        bytes.insert(bytes.end(), {1, 0});
-    bytes.push_back(0);
+        bytes += le16(1);
+    bytes += '\0';
     auto animation = entryOf(bytes, "anim");
     ASSERT_EQ(animation->type(), Content::GRAPHIC);
-    auto palette = fake();
+    auto palette = fakePalette();
     animation->graphic()->setPalette(palette.get());
     const std::string tooLarge = "graphic anim is too large to decode (8192x8192, ";
     EXPECT_EQ(thrownBy([&] { animation->graphic()->frame(frames - 1); }), tooLarge + "65535 frames)");

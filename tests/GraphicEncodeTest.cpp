@@ -1,12 +1,11 @@
-#include "GraphicFixture.h"
-
 #include "entry/AbstractContent.h"
+#include "tests/support/Fixtures.h"
 
 #include <gtest/gtest.h>
 
 #include <random>
 
-using namespace graphicFixture;
+using namespace fixtures;
 using Palette = Content::Palette;
 using Read = Content::AbstractContent;
 
@@ -24,8 +23,8 @@ Bytes frameBytes(Content* entry, unsigned int frame)
 std::unique_ptr<Content> encode(const Maps& maps, unsigned short width, unsigned short height,
                                 unsigned short flags = 0)
 {
-    auto palette = fake();
-    std::vector<Bytes> images;
+    auto palette = fakePalette();
+    std::vector<Pixels> images;
     std::vector<unsigned char*> frames;
     for (const auto& map : maps)
         frames.push_back(images.emplace_back(image(map, palette.get())).data());
@@ -41,7 +40,7 @@ TEST(GraphicEncode, WorkedExampleBothWays)
     auto created = encode({EXAMPLE[0], EXAMPLE[1], EXAMPLE[2]}, 6, 4);
     EXPECT_EQ(bytesOf(created.get()), exampleEntry());
     // Frame 2 first: the decoder replays the chain of deltas back to frame 0.
-    auto palette = fake();
+    auto palette = fakePalette();
     created->graphic()->setPalette(palette.get());
     for (unsigned int index : {2u, 0u, 1u})
         EXPECT_EQ(pixelsOf(created->graphic()->frame(index), 24), image(EXAMPLE[index], palette.get())) << index;
@@ -50,34 +49,33 @@ TEST(GraphicEncode, WorkedExampleBothWays)
 
 TEST(GraphicEncode, FrameRules)
 {
-    const Bytes end = {0, 0, 0xE8, 3};
+    const Bytes end = octets({0, 0, 0xE8, 3});
     // The last frame's bytes; only their start for the row of 300.
     const struct { const char* what; unsigned short width, height; Maps maps; unsigned short flags; Bytes expected; }
         cases[] = {
-        {"nothing painted, height 200", 1, 200, {painted(200, {})}, 0, {1, 0, 200, 0, 0, 0, 0, 0}},
-        {"nothing painted, height 2", 1, 2, {painted(2, {})}, 0, {1, 0, 0x7C, 2, 0, 0, 0, 0}},
+        {"nothing painted, height 200", 1, 200, {painted(200, {})}, 0, octets({1, 0, 200, 0, 0, 0, 0, 0})},
+        {"nothing painted, height 2", 1, 2, {painted(2, {})}, 0, octets({1, 0, 0x7C, 2, 0, 0, 0, 0})},
         {"rows 5 and 9", 1, 10, {painted(10, {{5, 1}, {9, 2}})}, 0,
-         Bytes{1, 0, 5, 0, 1, 0, 0, 0, 1, 0, 0, 0, 4, 0, 1, 0, 0, 0, 2, 0} + end},
+         octets({1, 0, 5, 0, 1, 0, 0, 0, 1, 0, 0, 0, 4, 0, 1, 0, 0, 0, 2, 0}) + end},
         {"runs cut by one pixel", 3, 1, {{1, -1, 2}}, 0,
-         Bytes{1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 0, 1, 0, 2, 0} + end + Bytes(4, 0)},
-        {"row of 300 in one run", 300, 1, {std::vector<int>(300, 1)}, 0, {1, 0, 0, 0, 0x2C, 1, 0, 0, 1, 1}},
-        {"repeating its predecessor", 2, 1, {{1, 2}, {1, 2}}, 0, {1, 0, 0x7C, 2, 0, 0, 0, 0}},
+         octets({1, 0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 0, 1, 0, 2, 0}) + end + Bytes(4, '\0')},
+        {"row of 300 in one run", 300, 1, {std::vector<int>(300, 1)}, 0, octets({1, 0, 0, 0, 0x2C, 1, 0, 0, 1, 1})},
+        {"repeating its predecessor", 2, 1, {{1, 2}, {1, 2}}, 0, octets({1, 0, 0x7C, 2, 0, 0, 0, 0})},
         {"starting empty, in full", 1, 1, {{1}, {1}, {1}}, Graphic::CLEAR,
-         Bytes{1, 0, 0, 0, 1, 0, 0, 0, 1, 0} + end + Bytes(2, 0)},
-        {"raw, filled to 4", 3, 1, {{1, 2, 3}}, Graphic::RAW, {1, 2, 3, 0}},
+         octets({1, 0, 0, 0, 1, 0, 0, 0, 1, 0}) + end + Bytes(2, '\0')},
+        {"raw, filled to 4", 3, 1, {{1, 2, 3}}, Graphic::RAW, octets({1, 2, 3, 0})},
     };
     for (const auto& c : cases) {
         auto entry = encode(c.maps, c.width, c.height, c.flags);
         const Bytes frame = frameBytes(entry.get(), static_cast<unsigned int>(c.maps.size() - 1));
         EXPECT_EQ(frame.size(), c.width == 300 ? 312u : c.expected.size()) << c.what;
-        EXPECT_EQ(Bytes(frame.begin(), frame.begin() + std::min(frame.size(), c.expected.size())), c.expected)
-            << c.what;
+        EXPECT_EQ(frame.substr(0, c.expected.size()), c.expected) << c.what;
     }
 }
 
 TEST(GraphicEncode, WhatDeltaFramesLeaveOut)
 {
-    const struct { const char* what; Bytes before, now; unsigned char clearMod; bool leftOut; } cases[] = {
+    const struct { const char* what; Pixels before, now; unsigned char clearMod; bool leftOut; } cases[] = {
         {"alpha 0", {8, 8, 8, 255}, {40, 40, 40, 0}, 0, true},
         {"low 2 bits differ", {8, 12, 16, 255}, {11, 13, 19, 7}, 0, true},
         {"bit 2 differs", {8, 12, 16, 255}, {8, 12, 20, 255}, 0, false},
@@ -92,10 +90,10 @@ TEST(GraphicEncode, WhatDeltaFramesLeaveOut)
 
 TEST(GraphicEncode, Failures)
 {
-    auto palette = fake();
-    Bytes odd = {13, 14, 15, 255};
+    auto palette = fakePalette();
+    Pixels odd = {13, 14, 15, 255};
     unsigned char* one[] = {odd.data()};
-    Bytes clear = {13, 14, 15, 0};
+    Pixels clear = {13, 14, 15, 0};
     unsigned char* none[] = {clear.data()};
     auto example = entryOf(exampleEntry());
     auto unknown = entryOf({1, 2, 3});
@@ -129,7 +127,7 @@ TEST(GraphicEncode, StoresWhatThePaletteSearchFinds)
     for (unsigned int i = 0; i < 1024; ++i)
         if (i % 4 != 3)
             palette[i] = static_cast<unsigned char>(random() % 4 * 4 + (i % 4 == 0 && i / 4 % 5 == 0));
-    Bytes pixels;
+    Pixels pixels;
     Bytes expected;
     while (expected.size() < 512) {
         const unsigned char* entry = &palette[random() % 256 * 4];
@@ -137,7 +135,7 @@ TEST(GraphicEncode, StoresWhatThePaletteSearchFinds)
         unsigned char index = 0;
         if (Palette::findColor(palette.get(), color, &index)) {
             pixels.insert(pixels.end(), color, color + 4);
-            expected.push_back(index);
+            expected += static_cast<char>(index);
         }
     }
     unsigned char* frames[] = {pixels.data()};
@@ -148,7 +146,7 @@ TEST(GraphicEncode, StoresWhatThePaletteSearchFinds)
 TEST(GraphicEncode, RecreatesWithOtherSettings)
 {
     auto source = entryOf(exampleEntry());
-    auto colors = fake();
+    auto colors = fakePalette();
     const unsigned short all = Graphic::CLEAR | Graphic::SHADOWS | Graphic::PALETTE | Graphic::LOOP | 0x4000;
     std::unique_ptr<Content> block(Graphic::create(colors.get(), 2, 2, 5, 3, all, source.get()));
     EXPECT_EQ(block->graphic()->info(), "   6x4   3 frames   options: clearmod[2] clear loop palette[5,3] shadows");
@@ -186,8 +184,8 @@ TEST(GraphicEncode, RoundTripsGeneratedAnimations)
                                         << " frames, once " << int(clearOnce) << ", mod " << int(clearMod));
 
         // Distinct colours, never black: black over an unpainted pixel would count as unchanged.
-        auto palette = fake();
-        std::vector<Bytes> images(count, Bytes(width * height * 4u, 0));
+        auto palette = fakePalette();
+        std::vector<Pixels> images(count, Pixels(width * height * 4u, 0));
         std::vector<unsigned char*> frames;
         for (unsigned int f = 0; f < count; ++f) {
             if (!Graphic::isClear(f, count, clearOnce, clearMod, flags))
@@ -222,7 +220,7 @@ TEST(GraphicEncode, VerifyingReportsEachField)
 {
     // Frame 1 repaints x = 3 of row 2 with the index it already shows.
     Bytes bytes = exampleEntry();
-    const Bytes repainted = {1, 0, 2, 0, 2, 0, 3, 0, 8, 3, 0, 0, 0xE8, 3, 0, 0};
+    const Bytes repainted = octets({1, 0, 2, 0, 2, 0, 3, 0, 8, 3, 0, 0, 0xE8, 3, 0, 0});
     std::copy(repainted.begin(), repainted.end(), bytes.begin() + 0x44);
     auto entry = entryOf(bytes);
     testing::internal::CaptureStderr();
@@ -234,7 +232,7 @@ TEST(GraphicEncode, VerifyingReportsEachField)
               "debug graphic frame   1 - is     0, should be     3  'colorFill'\n");
 
     // The word of an empty frame is not compared: 636 at height 200 passes.
-    auto marked = entryOf(header(2, 200, 1, 0, {20, 28}) + Bytes{1, 0, 0x7C, 2, 0, 0, 0, 0});
+    auto marked = entryOf(graphicHeader(2, 200, 1, 0, {20, 28}) + octets({1, 0, 0x7C, 2, 0, 0, 0, 0}));
     testing::internal::CaptureStderr();
     std::unique_ptr<Content> recreated(marked->debugCreate());
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");

@@ -1,6 +1,6 @@
-#include "Fixtures.h"
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
+#include "tests/support/Fixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 using zorv2::Lbx::Content;
+using fixtures::entryOf;
 using namespace std::string_literals;
 
 namespace {
@@ -19,19 +20,12 @@ const std::string soundHead = "RIFF\x09\0\0\0WAVEfmt "s;
 const std::string raceHead = "\x0d\0\x1f\0"s;
 
 // `size` bytes starting with `head`, zero behind it, with `value` at `at`.
-std::string block(std::size_t size, const std::string& head = "", std::size_t at = 0, char value = 0)
+std::string padded(std::size_t size, const std::string& head = "", std::size_t at = 0, char value = 0)
 {
     std::string bytes = head + std::string(size - head.size(), '\0');
     if (value != 0)
         bytes[at] = value;
     return bytes;
-}
-
-std::unique_ptr<Content> entryOf(const std::string& bytes)
-{
-    char* data = new char[bytes.size()];
-    bytes.copy(data, bytes.size());
-    return std::make_unique<Content>("t.lbx[0]", data, static_cast<unsigned int>(bytes.size()));
 }
 
 TEST(Kinds, ClassificationOrderSettlesOverlaps)
@@ -41,17 +35,17 @@ TEST(Kinds, ClassificationOrderSettlesOverlaps)
         Content::TYPE type;
     } cases[] = {
         {"marker", marker, Content::EMPTY},
-        {"marker, one byte changed", block(22, marker, 0, 'C'), Content::UNKNOWN},
+        {"marker, one byte changed", padded(22, marker, 0, 'C'), Content::UNKNOWN},
         {"smallest sound", soundHead + "x", Content::SOUND},
-        {"sound head alone", block(16, soundHead, 4, 8), Content::UNKNOWN},
-        {"RIFF length one short", block(17, soundHead, 4, 8), Content::UNKNOWN},
-        {"other first chunk", block(17, soundHead, 12, 'd'), Content::UNKNOWN},
-        {"3957 bytes", block(3957), Content::LEADER},
-        {"race, also a table", block(407, raceHead), Content::RACE},
-        {"table of 407 bytes", block(407, "\1\0\x93\1\1"s), Content::TEXT},
-        {"abcost, also a table", block(56, "\1\0\x34\0"s), Content::ABCOST},
-        {"57 bytes, 52 not zero", block(57, "", 52, 'x'), Content::ABCOST},
-        {"56 bytes ending non-zero, a table", block(56, "\1\0\x34\0"s, 55, 'x'), Content::TEXT},
+        {"sound head alone", padded(16, soundHead, 4, 8), Content::UNKNOWN},
+        {"RIFF length one short", padded(17, soundHead, 4, 8), Content::UNKNOWN},
+        {"other first chunk", padded(17, soundHead, 12, 'd'), Content::UNKNOWN},
+        {"3957 bytes", padded(3957), Content::LEADER},
+        {"race, also a table", padded(407, raceHead), Content::RACE},
+        {"table of 407 bytes", padded(407, "\1\0\x93\1\1"s), Content::TEXT},
+        {"abcost, also a table", padded(56, "\1\0\x34\0"s), Content::ABCOST},
+        {"57 bytes, 52 not zero", padded(57, "", 52, 'x'), Content::ABCOST},
+        {"56 bytes ending non-zero, a table", padded(56, "\1\0\x34\0"s, 55, 'x'), Content::TEXT},
     };
     for (const auto& c : cases)
         EXPECT_EQ(entryOf(c.bytes)->type(), c.type) << c.what;
@@ -62,9 +56,9 @@ TEST(Kinds, RecordKindsNameThemselvesAndRefuseDebugCreation)
     const struct {
         std::string bytes, info, kind;
     } cases[] = {{soundHead + "x", "  sound         17    ", "sound"},
-                 {block(3957), " leader       3957    Leader", "leader"},
-                 {block(407, raceHead), "   race        407    Race", "race"},
-                 {block(56), " abcost         56    Abcost", "abcost"}};
+                 {padded(3957), " leader       3957    Leader", "leader"},
+                 {padded(407, raceHead), "   race        407    Race", "race"},
+                 {padded(56), " abcost         56    Abcost", "abcost"}};
     for (const auto& c : cases) {
         std::unique_ptr<Content> entry = entryOf(c.bytes);
         EXPECT_EQ(entry->info(), c.info);

@@ -1,5 +1,7 @@
-#include "Fixtures.h"
-#include "fuzz/Exercise.h"
+#include "tests/support/Exercise.h"
+#include "tests/support/Fixtures.h"
+
+#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -15,12 +17,6 @@ unsigned int strideFor(unsigned int size)
     return size / 150 + 1;
 }
 
-void exerciseBytes(const std::string& bytes)
-{
-    Content entry("mutated", block(bytes), static_cast<unsigned int>(bytes.size()));
-    exercise::entry(entry);
-}
-
 } // namespace
 
 // Flip each byte, cut at each length: whatever the bytes become, every
@@ -28,18 +24,14 @@ void exerciseBytes(const std::string& bytes)
 // reads or writes out of bounds (which the sanitizer build would catch).
 TEST(MutationSweep, FlippedAndTruncatedEntriesNeverCrash)
 {
-    std::vector<Content*> entries = samples::entriesOfEveryKind();
-    for (Content* animation : samples::animations())
-        entries.push_back(animation);
-    for (Content* entry : entries) {
-        const std::string original = bytesOf(entry->data(), entry->size());
-        delete entry;
+    for (const exercise::Seed& seed : exercise::entrySeeds()) {
+        const Bytes& original = seed.bytes;
         const unsigned int stride = strideFor(static_cast<unsigned int>(original.size()));
         for (std::size_t at = 0; at < original.size(); at += stride) {
-            std::string flipped = original;
+            Bytes flipped = original;
             flipped[at] = static_cast<char>(~flipped[at]);
-            exerciseBytes(flipped);
-            exerciseBytes(original.substr(0, at));
+            exercise::entry(*entryOf(flipped));
+            exercise::entry(*entryOf(original.substr(0, at)));
         }
     }
 }

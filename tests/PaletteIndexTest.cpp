@@ -1,5 +1,5 @@
-#include "Fixtures.h"
 #include "images/Palette.h"
+#include "tests/support/Fixtures.h"
 
 #include <gtest/gtest.h>
 
@@ -12,19 +12,19 @@ namespace {
 
 using PaletteIndex = zorv2::Lbx::Content::Palette::Index;
 using zorv2::Lbx::Content;
-using Bytes = std::vector<unsigned char>;
+using fixtures::Pixels;
 
-Bytes fromArray(unsigned char* array)
+Pixels fromArray(unsigned char* array)
 {
     std::unique_ptr<unsigned char[]> owned(array);
-    return Bytes(owned.get(), owned.get() + 1024);
+    return Pixels(owned.get(), owned.get() + 1024);
 }
 
 // The fake palette with repeats, entries off the 4-step grid, and black at
 // both ends: the cases where the lowest index and the grid rule decide.
-Bytes awkwardPalette()
+Pixels awkwardPalette()
 {
-    Bytes palette = fromArray(Content::Palette::fake());
+    Pixels palette = fromArray(Content::Palette::fake());
     for (unsigned int i : {7u, 200u, 201u})
         std::copy(palette.begin() + 4 * 30, palette.begin() + 4 * 31, palette.begin() + 4 * i);
     palette[4 * 40 + 1] = 9;   // green off the grid
@@ -35,9 +35,9 @@ Bytes awkwardPalette()
 }
 
 // Every entry, each with its low bits set, and a coarse sweep of all colours.
-std::vector<Bytes> probes(const Bytes& palette)
+std::vector<Pixels> probes(const Pixels& palette)
 {
-    std::vector<Bytes> colors;
+    std::vector<Pixels> colors;
     for (unsigned int i = 0; i < 256; ++i)
         for (unsigned char low : {0, 1, 3})
             colors.push_back({static_cast<unsigned char>(palette[4 * i] | low),
@@ -54,15 +54,15 @@ std::vector<Bytes> probes(const Bytes& palette)
 
 TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
 {
-    const std::vector<Bytes> palettes = {fromArray(Content::Palette::fake()), awkwardPalette(),
+    const std::vector<Pixels> palettes = {fromArray(Content::Palette::fake()), awkwardPalette(),
                                          fromArray(Content::Palette::empty())};
     const struct {
         unsigned int begin, end;
     } ranges[] = {{0, 256}, {1, 256}, {8, 300}, {31, 201}, {5, 5}, {100, 50}, {256, 300}};
-    for (Bytes palette : palettes) {
+    for (Pixels palette : palettes) {
         for (const auto& range : ranges) {
             PaletteIndex index(palette.data(), range.begin, range.end);
-            for (Bytes color : probes(palette)) {
+            for (Pixels color : probes(palette)) {
                 unsigned char expected = 0;
                 if (Content::Palette::findColor(palette.data(), color.data(), &expected, range.begin, range.end))
                     ASSERT_EQ(index.find(color.data()), expected)

@@ -1,5 +1,7 @@
 #include "entry/Write.h"
-#include "Fixtures.h"
+#include "tests/support/Fixtures.h"
+
+#include <gtest/gtest.h>
 
 #include <memory>
 

@@ -1,7 +1,7 @@
 #include "images/Font.h"
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
-#include "tests/Fixtures.h"
+#include "tests/support/Fixtures.h"
 #include "tools/Export.h"
 #include "tools/Gallery.h"
 #include "tools/Sample.h"

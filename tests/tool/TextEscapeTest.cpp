@@ -1,4 +1,4 @@
-#include "tests/Fixtures.h"
+#include "tests/support/Fixtures.h"
 #include "tools/TextEscape.h"
 
 #include <gtest/gtest.h>

@@ -2,7 +2,7 @@
 #define ZORV2_LBX_TESTS_TOOL_TOOLRUN_H
 
 #include "archive/File.h"
-#include "tests/Fixtures.h"
+#include "tests/support/Fixtures.h"
 
 #include <gtest/gtest.h>
 #include <lodepng.h>

@@ -1,30 +1,20 @@
-// Bytes drive the parameters of a new entry: a graphic animation, a cursor or
-// a text table. Whatever is created must classify as its kind, decode to the
-// input and pass its own verification. A difference aborts.
-#include "Lbx.h"
+#include "tests/support/Exercise.h"
+
+#include "tests/support/Fixtures.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <algorithm>
-#include <cstdlib>
-#include <cstring>
 #include <iostream>
-#include <memory>
 #include <sstream>
-#include <stdexcept>
-#include <vector>
 
-using namespace zorv2::Lbx;
+namespace exercise {
+
+using zorv2::Lbx::Content;
+using fixtures::Pixels;
 
 namespace {
 
 constexpr unsigned int PIXEL = 4;
-
-void check(bool condition)
-{
-    if (!condition)
-        std::abort();
-}
 
 // Verification must pass silently and give back the very bytes.
 void verifies(Content& entry)
@@ -33,8 +23,8 @@ void verifies(Content& entry)
     std::streambuf* previous = std::cerr.rdbuf(sink.rdbuf());
     std::unique_ptr<Content> again(entry.debugCreate());
     std::cerr.rdbuf(previous);
-    check(sink.str().empty());
-    check(again->size() == entry.size() && std::memcmp(again->data(), entry.data(), entry.size()) == 0);
+    require(sink.str().empty(), "a created entry verifies without a report");
+    require(fixtures::bytesOf(again.get()) == fixtures::bytesOf(&entry), "verifying re-creates the very bytes");
 }
 
 const unsigned char* colour(const unsigned char* palette, unsigned int index)
@@ -45,12 +35,12 @@ const unsigned char* colour(const unsigned char* palette, unsigned int index)
 // Frames as a viewer sees them. A pixel can only become transparent again in
 // a frame that starts empty, and opaque colours come from the fake palette,
 // which holds no black, so that every frame survives the encoding unchanged.
-std::vector<std::vector<unsigned char>> animation(FuzzedDataProvider& input, const unsigned char* palette,
-                                                  unsigned int pixels, unsigned int frames, unsigned char clearOnce,
-                                                  unsigned char clearMod, unsigned short flags)
+std::vector<Pixels> animation(FuzzedDataProvider& input, const unsigned char* palette, unsigned int pixels,
+                              unsigned int frames, unsigned char clearOnce, unsigned char clearMod,
+                              unsigned short flags)
 {
     const bool raw = flags & Content::Graphic::RAW;
-    std::vector<std::vector<unsigned char>> images(frames, std::vector<unsigned char>(pixels * PIXEL, 0));
+    std::vector<Pixels> images(frames, Pixels(pixels * PIXEL, 0));
     for (unsigned int f = 0; f < frames; ++f) {
         const bool clear = Content::Graphic::isClear(f, frames, clearOnce, clearMod, flags);
         for (unsigned int p = 0; p < pixels; ++p) {
@@ -85,7 +75,7 @@ void graphicRoundTrip(FuzzedDataProvider& input)
     const auto palOffset = input.ConsumeIntegralInRange<unsigned short>(0, 255);
     const auto palSize = input.ConsumeIntegralInRange<unsigned short>(0, 256 - palOffset);
 
-    std::unique_ptr<unsigned char[]> palette(Content::Palette::fake());
+    auto palette = fixtures::fakePalette();
     const unsigned int pixels = unsigned{width} * height;
     auto images = animation(input, palette.get(), pixels, frames, clearOnce, clearMod, flags);
     std::vector<unsigned char*> pointers;
@@ -101,15 +91,17 @@ void graphicRoundTrip(FuzzedDataProvider& input)
         // and raw frames of no pixels.
         const bool unholdable = (frames == 0 && !(flags & Content::Graphic::PALETTE)) ||
                                 ((flags & Content::Graphic::RAW) && pixels == 0 && frames > 0);
-        check(unholdable && std::string(e.what()) == "bug in graphic creation, sorry");
+        require(unholdable && std::string(e.what()) == "bug in graphic creation, sorry",
+                "only a graphic the format cannot hold is refused");
         return;
     }
-    check(entry->type() == Content::GRAPHIC);
+    require(entry->type() == Content::GRAPHIC, "a created graphic classifies as one");
     Content::Graphic* graphic = entry->graphic();
     graphic->setPalette(palette.get());
     for (unsigned int f = frames; f-- > 0;) {
         unsigned char* decoded = graphic->frame(f);
-        check(pixels == 0 || std::memcmp(decoded, images[f].data(), pixels * PIXEL) == 0);
+        require(pixels == 0 || std::memcmp(decoded, images[f].data(), pixels * PIXEL) == 0,
+                "a created graphic decodes to its frames");
     }
     verifies(*entry);
 }
@@ -117,8 +109,8 @@ void graphicRoundTrip(FuzzedDataProvider& input)
 void cursorRoundTrip(FuzzedDataProvider& input)
 {
     constexpr unsigned int FRAMES = 20, PIXELS = 576;
-    std::unique_ptr<unsigned char[]> palette(Content::Palette::fake());
-    std::vector<std::vector<unsigned char>> images(FRAMES, std::vector<unsigned char>(PIXELS * PIXEL, 0));
+    auto palette = fixtures::fakePalette();
+    std::vector<Pixels> images(FRAMES, Pixels(PIXELS * PIXEL, 0));
     std::vector<unsigned char*> pointers;
     for (auto& image : images) {
         for (unsigned int p = 0; p < PIXELS; ++p)
@@ -127,10 +119,10 @@ void cursorRoundTrip(FuzzedDataProvider& input)
         pointers.push_back(image.data());
     }
     std::unique_ptr<Content> entry(Content::Cursor::create(palette.get(), pointers.data()));
-    check(entry->type() == Content::CURSOR);
+    require(entry->type() == Content::CURSOR, "a created cursor classifies as one");
     for (unsigned int f = 0; f < FRAMES; ++f) {
         std::unique_ptr<unsigned char[]> frame(entry->cursor()->gen(f, palette.get()));
-        check(std::memcmp(frame.get(), images[f].data(), PIXELS * PIXEL) == 0);
+        require(std::memcmp(frame.get(), images[f].data(), PIXELS * PIXEL) == 0, "a created cursor decodes to its frames");
     }
     verifies(*entry);
 }
@@ -147,22 +139,23 @@ void textRoundTrip(FuzzedDataProvider& input)
         entry.reset(Content::Text::create(strings));
     } catch (const std::runtime_error& e) {
         // Only when a kind earlier in the chain takes the very bytes.
-        check(std::string(e.what()) == "bug in text creation, sorry");
+        require(std::string(e.what()) == "bug in text creation, sorry", "a text table is refused only as another kind");
         Content::Write write;
         Content::Text::create(write, strings);
         Content other("rebuilt", write.gen(), write.size());
-        check(other.type() != Content::TEXT);
+        require(other.type() != Content::TEXT, "a refused text table classifies as another kind");
         return;
     }
-    check(entry->type() == Content::TEXT && entry->text()->size() == strings.size());
+    require(entry->type() == Content::TEXT && entry->text()->size() == strings.size(),
+            "a created text table classifies as one, with every record");
     for (unsigned int i = 0; i < strings.size(); ++i)
-        check(entry->text()->get(i) == strings[i]);
+        require(entry->text()->get(i) == strings[i], "a created text table reads back its strings");
     verifies(*entry);
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size)
+void roundTrip(const std::uint8_t* bytes, std::size_t size)
 {
     FuzzedDataProvider input(bytes, size);
     switch (input.ConsumeIntegralInRange<int>(0, 2)) {
@@ -170,5 +163,19 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     case 1: cursorRoundTrip(input); break;
     default: textRoundTrip(input); break;
     }
-    return 0;
 }
+
+// Parameter blocks that lead to each of the three kinds.
+std::vector<Seed> roundTripSeeds()
+{
+    std::vector<Seed> seeds;
+    for (unsigned int mode = 0; mode < 3; ++mode) {
+        std::string block(512, '\0');
+        for (std::size_t i = 0; i < block.size(); ++i)
+            block[i] = static_cast<char>((i * 131 + mode * 17) & 0xFF);
+        seeds.push_back({"mode-" + std::to_string(mode), block});
+    }
+    return seeds;
+}
+
+} // namespace exercise
