@@ -109,18 +109,26 @@ unsigned int Content::Text::startOf(unsigned int index)
 
 Content* Content::Text::create(std::vector<std::string>& strings)
 {
+    // Nothing is verified here, so each record goes in whole instead of byte
+    // by byte under labels that no one reads; the bytes are those of the
+    // labelled form below, which verifying holds against every table.
+    // All records are laid out first and handed over in one piece, so that
+    // the builder takes them in a single block of their size.
     Write write;
-    create(write, strings);
+    const std::size_t textsize = addHeader(write, strings);
+    std::vector<char> records(strings.size() * textsize, '\0');
+    char* record = records.data();
+    for (const std::string& text : strings) {
+        std::copy_n(text.data(), std::min(text.size(), textsize), record);
+        record += textsize;
+    }
+    write.add(records.data(), static_cast<unsigned int>(records.size()));
     return genContent(write, TEXT);
 }
 
 void Content::Text::create(Write& write, std::vector<std::string>& strings)
 {
-    const std::size_t textsize = chosenRecordLength(longestLength(strings));
-    // More than 16 bits of either value are cut in its field; the bytes then
-    // no longer fit the header, and genContent refuses them.
-    write.add2("nr", static_cast<unsigned short>(strings.size()));
-    write.add2("textsize", static_cast<unsigned short>(textsize));
+    const std::size_t textsize = addHeader(write, strings);
     // Labels built once, not once a byte.
     const std::string character = "text";
     const std::string fill = "text fill";
@@ -132,6 +140,16 @@ void Content::Text::create(Write& write, std::vector<std::string>& strings)
                 write.add1(fill, 0);
         }
     }
+}
+
+std::size_t Content::Text::addHeader(Write& write, const std::vector<std::string>& strings)
+{
+    const std::size_t textsize = chosenRecordLength(longestLength(strings));
+    // More than 16 bits of either value are cut in its field; the bytes then
+    // no longer fit the header, and genContent refuses them.
+    write.add2("nr", static_cast<unsigned short>(strings.size()));
+    write.add2("textsize", static_cast<unsigned short>(textsize));
+    return textsize;
 }
 
 Content* Content::Text::createDebug(Content* content)

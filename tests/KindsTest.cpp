@@ -125,6 +125,15 @@ TEST(Text, CreateChoosesRecordLengthFromLongestStringAndReadsBack)
         for (unsigned int i = 0; i < strings.size(); ++i)
             EXPECT_EQ(created->text()->get(i), strings[i]);
     }
+    // The plain create writes whole records, the labelled form byte by byte:
+    // the same bytes, a zero inside a string included.
+    std::vector<std::string> strings = {"a\0b"s, std::string(150, 'c'), ""};
+    std::unique_ptr<Content> created(Content::Text::create(strings));
+    Content::Write labelled;
+    Content::Text::create(labelled, strings);
+    std::unique_ptr<char[]> bytes(labelled.gen());
+    EXPECT_EQ(std::string(bytes.get(), labelled.size()), std::string(created->data(), created->size()));
+    EXPECT_EQ(created->text()->get(0), "a");
     // 3953 bytes make the 3957 of a Leader; 65536 no longer fit "textsize".
     for (std::size_t length : {3953u, 65536u}) {
         std::vector<std::string> strings = {std::string(length, 'x')};
