@@ -21,7 +21,7 @@ std::vector<std::string> entriesOf(File& file)
 {
     std::vector<std::string> result;
     for (unsigned int i = 0; i < file.size(); ++i)
-        result.push_back(bytesOf(file[i]->data(), file[i]->size()));
+        result.push_back(bytesOf(file[i]));
     return result;
 }
 
@@ -35,11 +35,12 @@ TEST(Archive, NewArchiveIsEmptyAndTagged)
     EXPECT_EQ(file.path(), "");
     EXPECT_EQ(thrownBy([&] { file.at(0); }), "invalid index '0' for ");
 
+    // Spelled out rather than built by archive(), which the other tests
+    // trust: count 0, signature, version 0, the one offset, the tag word.
     TempDir dir;
     file.write(dir.path("new.lbx"));
-    std::string expected = archive({});
-    EXPECT_EQ(readFile(dir.path("new.lbx")), expected);
-    EXPECT_EQ(expected.substr(12, 4), "ZORV");
+    EXPECT_EQ(readFile(dir.path("new.lbx")), octets({0, 0, 0xAD, 0xFE, 0, 0, 0, 0, 0, 8, 0, 0}) + "ZORV" +
+                                                 Bytes(2032, '\0'));
 }
 
 TEST(Archive, OpensEveryEntryUnderItsName)
@@ -129,11 +130,11 @@ TEST(Archive, AppendsInEveryFormUpTo509)
     const std::string source = dir.file("source.bin", "0123456789");
     File file;
     file.push_back(source);
-    EXPECT_EQ(file[0]->data()[0], '0');
+    EXPECT_EQ(bytesOf(file[0]), "0123456789");
 
     std::ifstream stream(source, std::ios::binary);
     file.push_back(stream, 100, 104);
-    EXPECT_EQ(bytesOf(file[1]->data(), file[1]->size()), "0123") << "begin and end give the length only";
+    EXPECT_EQ(bytesOf(file[1]), "0123") << "begin and end give the length only";
 
     file.push_back(new Content("mine", block("x"), 1));
     while (file.size() < 509)
@@ -165,7 +166,7 @@ TEST(Archive, ReplaceHandsTheOldEntryBack)
     std::unique_ptr<Content> old(file.at(0));
     file.replace(0, new Content("new", block("longer entry"), 12));
     EXPECT_EQ(file.size(), 2u);
-    EXPECT_EQ(bytesOf(file[0]->data(), file[0]->size()), "longer entry");
+    EXPECT_EQ(bytesOf(file[0]), "longer entry");
 
     TempDir dir;
     file.write(dir.path("r.lbx"));
@@ -174,4 +175,6 @@ TEST(Archive, ReplaceHandsTheOldEntryBack)
     std::unique_ptr<Content> next(file[1]);
     file[1] = nullptr; // clear tolerates an empty slot
     file.clear();
+    EXPECT_EQ(file.size(), 0u);
+    EXPECT_EQ(bytesOf(next.get()), "next");
 }

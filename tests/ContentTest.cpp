@@ -3,7 +3,7 @@
 #include "entry/Write.h"
 #include "tests/support/Fixtures.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <memory>
 
@@ -24,7 +24,6 @@ TEST(Content, TypeTexts)
     for (int type = 0; type <= 9; ++type)
         EXPECT_EQ(Content::typeStr(Content::TYPE(type)), texts[type]);
     EXPECT_EQ(Content::typeStr(Content::TYPE(10)), "invalid");
-    EXPECT_EQ(Content::TYPE::GRAPHIC, Content::GRAPHIC);
 }
 
 TEST(Content, UnknownEntryDescribesItselfAndRefusesAccessors)
@@ -43,7 +42,7 @@ TEST(Content, UnknownEntryDescribesItselfAndRefusesAccessors)
     for (const auto& [kind, access] : accessors)
         EXPECT_EQ(thrownBy(access), "a.lbx[3] is of type unknown , not " + kind);
     EXPECT_EQ(thrownBy([&] { delete entry.debugCreate(); }), "error: debug creation not implemented for unknown, sorry.");
-    EXPECT_EQ(bytesOf(entry.data(), entry.size()), "abc") << "failures leave the entry as it was";
+    EXPECT_EQ(bytesOf(&entry), "abc") << "failures leave the entry as it was";
 }
 
 TEST(Content, CopyIsDeepAndClassifiedAnew)
@@ -52,9 +51,9 @@ TEST(Content, CopyIsDeepAndClassifiedAnew)
     Content copy(*original);
     EXPECT_NE(copy.data(), original->data());
     original.reset();
-    EXPECT_EQ(bytesOf(copy.data(), copy.size()), "abc");
+    EXPECT_EQ(bytesOf(&copy), "abc");
     EXPECT_EQ(copy.type(), Content::UNKNOWN);
-    EXPECT_THAT(copy.info(), testing::StartsWith("unknown"));
+    EXPECT_EQ(copy.info(), "unknown          3    ");
 }
 
 TEST(Content, WritesAndReadsFilesOfTheirOwn)
@@ -63,7 +62,7 @@ TEST(Content, WritesAndReadsFilesOfTheirOwn)
     Content entry("a.lbx[0]", block(std::string("\0\1\2\r\n", 5)), 5);
     entry.write(dir.path("entry.bin"));
     Content back(dir.path("entry.bin"));
-    EXPECT_EQ(bytesOf(back.data(), back.size()), std::string("\0\1\2\r\n", 5));
+    EXPECT_EQ(bytesOf(&back), std::string("\0\1\2\r\n", 5));
     EXPECT_EQ(back.type(), entry.type());
 
     const std::string missing = dir.path("missing.bin");

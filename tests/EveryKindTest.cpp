@@ -1,4 +1,5 @@
 #include "Lbx.h"
+#include "tests/support/Exercise.h"
 #include "tests/support/Fixtures.h"
 
 #include <gtest/gtest.h>
@@ -54,10 +55,6 @@ TEST(EveryKind, SurvivesAnArchiveRoundTripAndVerifies)
                 << i;
             continue;
         }
-        testing::internal::CaptureStderr();
-        std::unique_ptr<Content> again(entry->debugCreate());
-        EXPECT_EQ(testing::internal::GetCapturedStderr(), "") << i;
-        EXPECT_EQ(bytesOf(again->data(), again->size()), bytesOf(entry->data(), entry->size())) << i;
-        EXPECT_EQ(again->type(), want.type) << i;
+        EXPECT_NO_THROW(exercise::verifies(*entry)) << i;
     }
 }

@@ -140,7 +140,7 @@ TEST(Header, AtReadsOneEntryByIndex)
     const std::string path = dir.file("a.lbx", archive({"abcd", "", "efghij"}));
 
     std::unique_ptr<Content> last(File::at(path, 2));
-    EXPECT_EQ(bytesOf(last->data(), last->size()), "efghij");
+    EXPECT_EQ(bytesOf(last.get()), "efghij");
     std::unique_ptr<Content> empty(File::at(path, 1));
     EXPECT_EQ(empty->size(), 0u);
     EXPECT_EQ(thrownBy([&] { last->graphic(); }), path + "[2] is of type unknown , not graphic");

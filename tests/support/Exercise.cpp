@@ -14,6 +14,21 @@ using zorv2::Lbx::File;
 
 namespace {
 
+// The verifying mode reports differences on std::cerr: while one of these
+// lives, they go to `report` instead.
+class Captured {
+public:
+    Captured() : previous(std::cerr.rdbuf(report.rdbuf())) {}
+    ~Captured() { std::cerr.rdbuf(previous); }
+    Captured(const Captured&) = delete;
+    Captured& operator=(const Captured&) = delete;
+
+    std::ostringstream report;
+
+private:
+    std::streambuf* previous;
+};
+
 void tolerate(const std::function<void()>& operation)
 {
     try {
@@ -122,11 +137,20 @@ void entry(Content& entry)
     }
     if (!worthRecreating(entry))
         return;
-    // The verifying mode reports differences on std::cerr; keep them quiet.
-    std::ostringstream sink;
-    std::streambuf* previous = std::cerr.rdbuf(sink.rdbuf());
+    const Captured quiet;
     tolerate([&] { delete entry.debugCreate(); });
-    std::cerr.rdbuf(previous);
+}
+
+void verifies(Content& entry)
+{
+    std::unique_ptr<Content> again;
+    {
+        const Captured errors;
+        again.reset(entry.debugCreate());
+        if (!errors.report.str().empty())
+            throw Broken("verifying reported\n" + errors.report.str());
+    }
+    require(fixtures::bytesOf(again.get()) == fixtures::bytesOf(&entry), "verifying re-creates the very bytes");
 }
 
 void entryBytes(const std::uint8_t* bytes, std::size_t size)

@@ -26,6 +26,10 @@ void require(bool holds, const char* promise);
 // Everything an entry's kind offers, called on whatever bytes it holds.
 void entry(zorv2::Lbx::Content& entry);
 
+// Re-creating the entry in the verifying mode reports nothing and gives back
+// the very bytes; Broken names what it reported or that the bytes differ.
+void verifies(zorv2::Lbx::Content& entry);
+
 using Run = void (*)(const std::uint8_t* bytes, std::size_t size);
 
 // Arbitrary bytes as one entry, exercised as above.

@@ -4,9 +4,6 @@
 
 #include <fuzzer/FuzzedDataProvider.h>
 
-#include <iostream>
-#include <sstream>
-
 namespace exercise {
 
 using zorv2::Lbx::Content;
@@ -15,17 +12,6 @@ using fixtures::Pixels;
 namespace {
 
 constexpr unsigned int PIXEL = 4;
-
-// Verification must pass silently and give back the very bytes.
-void verifies(Content& entry)
-{
-    std::ostringstream sink;
-    std::streambuf* previous = std::cerr.rdbuf(sink.rdbuf());
-    std::unique_ptr<Content> again(entry.debugCreate());
-    std::cerr.rdbuf(previous);
-    require(sink.str().empty(), "a created entry verifies without a report");
-    require(fixtures::bytesOf(again.get()) == fixtures::bytesOf(&entry), "verifying re-creates the very bytes");
-}
 
 const unsigned char* colour(const unsigned char* palette, unsigned int index)
 {
