@@ -14,6 +14,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <streambuf>
 
 namespace fs = std::filesystem;
@@ -87,10 +88,7 @@ std::string catalogueLine(const std::string& path, unsigned int count)
 void listArchive(const std::string& path)
 {
     std::unique_ptr<File> archive = openArchive(path);
-    std::cout << path << ": " << archive->size() << " entries, " << (archive->tagged() ? "tagged" : "not tagged")
-              << ", " << catalogueLine(path, archive->size()) << '\n';
-    for (unsigned int i = 0; i < archive->size(); ++i)
-        std::cout << std::setw(INDEX_WIDTH) << i << ' ' << archive->at(i)->info() << '\n';
+    std::cout << listing(path, *archive);
 }
 
 void checkArchive(const std::string& path)
@@ -147,6 +145,16 @@ bool verifyArchive(const std::string& path, bool verbose)
 }
 
 } // namespace
+
+std::string listing(const std::string& path, File& archive)
+{
+    std::ostringstream lines;
+    lines << path << ": " << archive.size() << " entries, " << (archive.tagged() ? "tagged" : "not tagged") << ", "
+          << catalogueLine(path, archive.size()) << '\n';
+    for (unsigned int i = 0; i < archive.size(); ++i)
+        lines << std::setw(INDEX_WIDTH) << i << ' ' << archive[i]->info() << '\n';
+    return lines.str();
+}
 
 int list(const std::vector<std::string>& archives)
 {

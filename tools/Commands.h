@@ -1,6 +1,8 @@
 #ifndef ZORV2_LBX_TOOLS_COMMANDS_H
 #define ZORV2_LBX_TOOLS_COMMANDS_H
 
+#include "tools/Paths.h"
+
 #include <string>
 #include <vector>
 
@@ -9,6 +11,9 @@
 namespace lbxtool {
 
 int list(const std::vector<std::string>& archives);
+// What `list` prints for one archive opened from `path`: a head line, then a
+// line per entry.
+std::string listing(const std::string& path, File& archive);
 int check(const std::vector<std::string>& archives);
 // Each archive's entries into `folder`; archives of one stem get names of
 // their own there.

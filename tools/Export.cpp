@@ -5,6 +5,7 @@
 #include "images/Graphic.h"
 #include "kinds/Text.h"
 #include "tools/Gallery.h"
+#include "tools/GlyphSheet.h"
 #include "tools/PaletteSource.h"
 #include "tools/Png.h"
 #include "tools/Inputs.h"
@@ -29,12 +30,6 @@ namespace lbxtool {
 namespace {
 
 constexpr unsigned int SWATCH_SIDE = 16;
-constexpr unsigned int SHEET_COLUMNS = 16;
-// No font of the game is taller than its 200-line screen; a header that
-// says otherwise gets no glyph picture rather than gigabytes of one.
-constexpr unsigned int TALLEST_FONT = 200;
-// Glyph boxes alternate between two shades, so that neighbours stand apart.
-constexpr unsigned char GLYPH_BOX[2][PIXEL_SIZE] = {{0x4a, 0x5a, 0x6e, 0xff}, {0x6e, 0x7e, 0x92, 0xff}};
 
 // Lends a palette to a graphic while its frames are decoded; the graphic
 // must not go on pointing at it once the palette is gone.
@@ -195,39 +190,12 @@ private:
         face.height = font->height(f);
         for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g)
             face.widths.push_back(font->width(f, g));
-        if (face.height > TALLEST_FONT)
-            throw std::runtime_error("font " + std::to_string(f) + " is " + std::to_string(face.height) +
-                                     " lines high, too high to draw");
-        const Image sheet = glyphSheet(font, f, face.widths, face.height);
+        const Image sheet = glyphSheet(font, f);
         face.sheet = png(entryFileName(stem, index, "_font" + std::to_string(f) + ".png"), sheet.rgba.data(),
                          sheet.width, sheet.height);
         face.sheetWidth = sheet.width;
         face.sheetHeight = sheet.height;
         return face;
-    }
-
-    // The glyphs of one font in rows of 16, each in a box of its width and
-    // the font's height, with a line of space between boxes.
-    static Image glyphSheet(Content::Font* font, unsigned int f, const std::vector<unsigned int>& widths,
-                            unsigned int height)
-    {
-        const unsigned int cellWidth = *std::max_element(widths.begin(), widths.end()) + 1, cellHeight = height + 1;
-        Image sheet;
-        sheet.width = SHEET_COLUMNS * cellWidth;
-        sheet.height = GLYPHS_PER_FONT / SHEET_COLUMNS * cellHeight;
-        sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * PIXEL_SIZE, 0);
-        for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g) {
-            const std::unique_ptr<unsigned char[]> glyph(font->glyph(f, g));
-            const unsigned int left = g % SHEET_COLUMNS * cellWidth, top = g / SHEET_COLUMNS * cellHeight;
-            for (unsigned int y = 0; y < height; ++y)
-                for (unsigned int x = 0; x < widths[g]; ++x) {
-                    const unsigned char* drawn = &glyph[(std::size_t(y) * widths[g] + x) * PIXEL_SIZE];
-                    const unsigned char* shade = drawn[ALPHA] != 0 ? drawn : GLYPH_BOX[g % 2];
-                    std::copy(shade, shade + PIXEL_SIZE,
-                              &sheet.rgba[((std::size_t(top) + y) * sheet.width + left + x) * PIXEL_SIZE]);
-                }
-        }
-        return sheet;
     }
 
     void sound(unsigned int index, Content* entry, GalleryEntry& shown)

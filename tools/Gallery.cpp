@@ -1,5 +1,6 @@
 #include "tools/Gallery.h"
 
+#include "tools/PageAssets.h"
 #include "tools/Pictures.h"
 #include "tools/SafeWrite.h"
 #include "tools/TextEscape.h"
@@ -22,114 +23,7 @@ const std::string PART_SUFFIX = ".part.html";
 // Frame names of an animation are joined with a character that safe names
 // never hold.
 const char FRAME_SEPARATOR = '|';
-constexpr int FRAME_MILLISECONDS = 120;
-constexpr int DEFAULT_ZOOM = 3;
-constexpr int LARGEST_ZOOM = 8;
 constexpr unsigned int WIDTHS_PER_LINE = 16;
-
-const std::string STYLE = R"(<style>
-:root { --zoom: )" + std::to_string(DEFAULT_ZOOM) + R"(; }
-body { font-family: sans-serif; background: #222; color: #ddd; margin: 1em 2em; }
-header { position: sticky; top: 0; background: #222; padding: 0.4em 0; z-index: 1; border-bottom: 1px solid #444; }
-header h1 { display: inline; font-size: 1.3em; margin-right: 1em; }
-header nav a { margin-right: 0.6em; }
-button { background: #3a3a3a; color: #ddd; border: 1px solid #555; border-radius: 3px; padding: 0.1em 0.5em; }
-button.on { background: #68a; color: #fff; }
-select { background: #3a3a3a; color: #ddd; border: 1px solid #555; }
-h2 { border-bottom: 1px solid #555; margin-top: 1.5em; }
-h2, section.entry { scroll-margin-top: 5em; }
-h3 { margin: 0 0 0.3em; font-size: 1em; }
-.kind { color: #9bd; font-weight: normal; margin-left: 0.5em; }
-nav.contents ol { columns: 14em auto; list-style: none; padding: 0; font-family: monospace; }
-section.entry { margin: 0.8em 0; padding: 0.5em 0.7em; background: #2c2c2c; border-radius: 4px; }
-pre { margin: 0.3em 0; color: #9c9; white-space: pre-wrap; }
-.error { color: #f88; }
-img.pix { image-rendering: pixelated; image-rendering: crisp-edges;
-          width: calc(var(--w) * var(--zoom) * 1px); height: calc(var(--h) * var(--zoom) * 1px);
-          background: repeating-conic-gradient(#555 0 25%, #444 0 50%) 0 0 / 16px 16px;
-          margin: 2px; vertical-align: top; }
-.player .controls { margin: 0.3em 0; display: flex; gap: 0.4em; align-items: center; }
-.player .at { font-family: monospace; min-width: 9em; }
-.note { color: #aaa; font-size: 0.9em; }
-details { margin: 0.3em 0; }
-.swatch { display: grid; grid-template-columns: repeat(16, 1.1em); gap: 1px; margin: 0.3em 0; }
-.swatch i { display: block; height: 1.1em; }
-.swatch i.clear { background: repeating-conic-gradient(#555 0 25%, #444 0 50%) 0 0 / 8px 8px; }
-figure { display: inline-block; margin: 0.3em 1em 0.3em 0; vertical-align: top; }
-ol.rows { font-family: monospace; max-height: 24em; overflow: auto; background: #262626; padding-left: 4em; }
-a { color: #8bf; }
-</style>
-)";
-
-// Plays each animation, and keeps the zoom the reader chose; the frames of
-// a player are the file names in its data-frames.
-const std::string SCRIPT = R"(<script>
-'use strict';
-(() => {
-  const zoomKey = 'lbx-gallery-zoom';
-  const zoomButtons = document.querySelectorAll('#zoom button');
-  const setZoom = (zoom) => {
-    document.documentElement.style.setProperty('--zoom', zoom);
-    for (const button of zoomButtons) button.classList.toggle('on', Number(button.dataset.zoom) === zoom);
-    try { localStorage.setItem(zoomKey, String(zoom)); } catch (e) { /* storage may be off for file pages */ }
-  };
-  let remembered = )" + std::to_string(DEFAULT_ZOOM) + R"(;
-  try { remembered = Number(localStorage.getItem(zoomKey)) || remembered; } catch (e) { /* as above */ }
-  for (const button of zoomButtons) button.addEventListener('click', () => setZoom(Number(button.dataset.zoom)));
-  setZoom(remembered);
-
-  class Player {
-    constructor(element) {
-      this.element = element;
-      this.frames = element.dataset.frames.split(')" + std::string(1, FRAME_SEPARATOR) + R"(');
-      this.loop = element.dataset.loop === '1';
-      this.image = element.querySelector('img');
-      this.at = element.querySelector('.at');
-      this.playButton = element.querySelector('[data-act=play]');
-      this.speed = element.querySelector('select');
-      this.timer = null;
-      element.querySelector('[data-act=back]').addEventListener('click', () => { this.pause(); this.show(this.shown - 1); });
-      element.querySelector('[data-act=next]').addEventListener('click', () => { this.pause(); this.show(this.shown + 1); });
-      this.playButton.addEventListener('click', () => (this.timer === null ? this.play() : this.pause()));
-      element.parentElement.querySelectorAll('.strip img').forEach((thumb, frame) =>
-        thumb.addEventListener('click', () => { this.pause(); this.show(frame); }));
-      this.show(0);
-      this.play();
-    }
-    get last() { return this.frames.length - 1; }
-    show(frame) {
-      const count = this.frames.length;
-      this.shown = ((frame % count) + count) % count;
-      this.image.src = this.frames[this.shown];
-      this.at.textContent = 'frame ' + this.shown + ' of ' + count;
-      this.element.dataset.shown = String(this.shown);
-    }
-    play() {
-      if (!this.loop && this.shown === this.last) this.show(0);
-      this.playButton.textContent = 'pause';
-      this.element.dataset.state = 'playing';
-      this.schedule();
-    }
-    schedule() {
-      this.timer = setTimeout(() => this.tick(), )" + std::to_string(FRAME_MILLISECONDS) + R"( / Number(this.speed.value));
-    }
-    tick() {
-      this.show(this.shown + 1);
-      if (!this.loop && this.shown === this.last) this.pause();
-      else this.schedule();
-    }
-    pause() {
-      clearTimeout(this.timer);
-      this.timer = null;
-      this.playButton.textContent = 'play';
-      this.element.dataset.state = 'stopped';
-    }
-  }
-  document.querySelectorAll('.player').forEach((element) => new Player(element));
-  document.body.dataset.ready = '1';
-})();
-</script>
-)";
 
 // The length of the well-formed UTF-8 sequence at `at`, or 0.
 std::size_t utf8Sequence(const std::string& text, std::size_t at)
@@ -234,21 +128,18 @@ std::string swatch(const Swatch& palette)
     return html.str();
 }
 
+// The frames' files, for page.js to add its controls to.
 std::string player(const GalleryEntry& entry)
 {
     std::string all;
     for (const std::string& frame : entry.frames)
         all += (all.empty() ? "" : std::string(1, FRAME_SEPARATOR)) + frame;
     std::ostringstream html;
-    html << "<div class=\"player\" data-frames=\"" << all << "\" data-loop=\"" << (entry.loop ? 1 : 0) << "\">\n"
-         << picture(entry.frames.front(), entry.width, entry.height) << "\n<div class=\"controls\">"
-         << "<button data-act=\"back\">back</button><button data-act=\"play\">play</button>"
-         << "<button data-act=\"next\">next</button><span class=\"at\"></span><label>speed <select>"
-         << "<option value=\"0.25\">1/4</option><option value=\"0.5\">1/2</option>"
-         << "<option value=\"1\" selected>1</option><option value=\"2\">2</option><option value=\"4\">4</option>"
-         << "</select></label></div>\n<p class=\"note\">" << (entry.loop ? "loops" : "plays once, as it has no loop flag")
+    html << "<div class=\"player\" data-frames=\"" << all << "\" data-loop=\"" << (entry.loop ? 1 : 0) << "\">"
+         << picture(entry.frames.front(), entry.width, entry.height) << "</div>\n<p class=\"note\">"
+         << (entry.loop ? "loops" : "plays once, as it has no loop flag")
          << (entry.delta ? "; frames that build on the one before are shown drawn over it, as the game shows them" : "")
-         << "</p>\n</div>\n<details class=\"strip\"><summary>" << entry.frames.size() << " frames</summary>\n";
+         << "</p>\n<details class=\"strip\"><summary>" << entry.frames.size() << " frames</summary>\n";
     for (const std::string& frame : entry.frames)
         html << picture(frame, entry.width, entry.height);
     html << "\n</details>\n";
@@ -365,14 +256,11 @@ std::string contents(const std::string& stem, const std::vector<GalleryEntry>& e
 std::string page(const std::vector<std::string>& stems, const std::string& parts)
 {
     std::ostringstream html;
-    html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>LBX gallery</title>\n"
-         << STYLE << "</head>\n<body>\n<header><h1>LBX gallery</h1><span id=\"zoom\">zoom";
-    for (int zoom = 1; zoom <= LARGEST_ZOOM; ++zoom)
-        html << " <button data-zoom=\"" << zoom << "\">" << zoom << "x</button>";
-    html << "</span>\n<nav>";
+    html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>LBX gallery</title>\n<style>\n"
+         << PAGE_STYLE << "</style>\n</head>\n<body>\n<header><h1>LBX gallery</h1><span id=\"zoom\"></span>\n<nav>";
     for (const std::string& stem : stems)
         html << "<a href=\"#" << stem << "\">" << stem << "</a>";
-    html << "</nav></header>\n" << parts << SCRIPT << "</body>\n</html>\n";
+    html << "</nav></header>\n" << parts << "<script>\n" << PAGE_SCRIPT << GALLERY_SCRIPT << "</script>\n</body>\n</html>\n";
     return html.str();
 }
 
