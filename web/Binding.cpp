@@ -58,6 +58,8 @@ public:
     }
 
     std::string error() const { return problem; }
+    // The archive's name as it stands in the names of files made from it.
+    std::string stem() const { return safeStem(path); }
     unsigned int size() const { return file ? file->size() : 0; }
     std::string listing() { return file ? lbxtool::listing(path, *file) : ""; }
 
@@ -222,6 +224,7 @@ EMSCRIPTEN_BINDINGS(lbx)
     emscripten::class_<Archive>("Archive")
         .constructor<std::string>()
         .function("error", &Archive::error)
+        .function("stem", &Archive::stem)
         .function("size", &Archive::size)
         .function("listing", &Archive::listing)
         .function("forgetPalettes", &Archive::forgetPalettes)

@@ -23,12 +23,8 @@
   lbx.FS.chdir('/archives');
   lbxPage.setupZoom(document.getElementById('zoom'));
 
-  const stemOf = (name) => name.replace(/\.[^.]*$/, '').replace(/[^A-Za-z0-9_-]/g, '_') || 'entry';
-
-  function canvasOf(width, height) {
-    const canvas = make('canvas', { class: 'pix', width, height, style: `--w:${width};--h:${height}` });
-    return canvas;
-  }
+  const canvasOf = (width, height) =>
+    make('canvas', { class: 'pix', width, height, style: `--w:${width};--h:${height}` });
 
   function paint(canvas, rgba) {
     if (rgba === null) return false;
@@ -108,9 +104,9 @@
   }
 
   // Everything of one entry; called when its card comes near the screen.
-  function draw(archive, index, card, name) {
+  function draw(archive, index, card) {
     const entry = archive.describe(index);
-    const stem = entry.file ? entry.file.replace(/\.[^.]*$/, '') : `${stemOf(name)}_${index}`;
+    const stem = entry.file ? entry.file.replace(/\.[^.]*$/, '') : `${archive.stem()}_${index}`;
     card.dataset.kind = entry.kind ?? '';
     card.append(make('pre', {}, entry.info ?? ''));
     if (entry.error) card.append(make('p', { class: 'error' }, entry.error));
@@ -134,13 +130,13 @@
       if (!isIntersecting || target.dataset.drawn) continue;
       whenSeen.unobserve(target);
       const { archive } = opened.get(target.dataset.archive);
-      draw(archive, Number(target.dataset.index), target, target.dataset.archive);
+      draw(archive, Number(target.dataset.index), target);
     }
   }, { rootMargin: '600px' });
 
   function show(name) {
     const { archive } = opened.get(name);
-    const stem = stemOf(name);
+    const stem = archive.stem();
     const section = make('section', { class: 'archive', id: stem }, make('h2', {}, name));
     const error = archive.error();
     if (error) {
@@ -171,7 +167,7 @@
     for (const name of [...opened.keys()].sort()) {
       opened.get(name).archive.forgetPalettes();
       shown.append(show(name));
-      nav.append(make('a', { href: '#' + stemOf(name) }, name), ' ');
+      nav.append(make('a', { href: '#' + opened.get(name).archive.stem() }, name), ' ');
     }
   }
 
