@@ -231,6 +231,67 @@ bool leftOut(const unsigned char* now, const unsigned char* before)
     return true;
 }
 
+// Where the encoder's fields go. Labelled, each is a field of the frame's
+// builder, compared when that builder verifies. Plain, where nothing can be
+// verified, the same bytes gather in one block that the builder takes whole
+// at the end, so that a pixel costs a store instead of a labelled field.
+class FieldSink {
+public:
+    FieldSink(Write& out, bool labelled) : out(out), labelled(labelled)
+    {
+    }
+
+    FieldSink(const FieldSink&) = delete;
+    FieldSink& operator=(const FieldSink&) = delete;
+
+    // Hands plain bytes to the builder; a frame that fails halfway is given up whole.
+    void finish()
+    {
+        if (!labelled)
+            out.add(bytes.data(), static_cast<unsigned int>(bytes.size()));
+    }
+
+    void add1(const char* label, unsigned char value, bool compare = true)
+    {
+        if (labelled)
+            out.add1(label, value, compare);
+        else
+            bytes.push_back(static_cast<char>(value));
+    }
+
+    void add2(const char* label, unsigned short value, bool compare = true)
+    {
+        if (labelled) {
+            out.add2(label, value, compare);
+            return;
+        }
+        bytes.push_back(static_cast<char>(value & 0xFF));
+        bytes.push_back(static_cast<char>(value >> 8));
+    }
+
+    // Indices of one run, each a "color" field.
+    void addColors(const std::vector<unsigned char>& indices)
+    {
+        if (!labelled) {
+            bytes.insert(bytes.end(), indices.begin(), indices.end());
+            return;
+        }
+        const std::string label = "color";
+        for (unsigned char index : indices)
+            out.add1(label, index);
+    }
+
+    unsigned int size()
+    {
+        return out.size() + static_cast<unsigned int>(bytes.size());
+    }
+
+private:
+    Write& out;
+    bool labelled;
+    std::vector<char> bytes;
+};
+
 // Turns whole RGBA images into frames that paint only what differs from the
 // image the frame starts from.
 class FrameEncoder {
@@ -242,14 +303,16 @@ public:
     {
     }
 
-    void encode(Write& out, unsigned int frame)
+    void encode(Write& write, unsigned int frame, bool labelled)
     {
         const bool clear = Graphic::isClear(frame, frameCount, clearOnce, clearMod, flags);
         predecessor = clear ? nullptr : frames[frame - 1];
+        FieldSink out(write, labelled);
         if (flags & Graphic::RAW)
             raw(out, frame);
         else
             compressed(out, frame);
+        out.finish();
     }
 
 private:
@@ -266,7 +329,7 @@ private:
     }
 
     // A raw frame has no transparency: every pixel must be in the palette.
-    void raw(Write& out, unsigned int frame)
+    void raw(FieldSink& out, unsigned int frame)
     {
         const unsigned int pixels = width * height;
         for (unsigned int i = 0; i < pixels; ++i)
@@ -275,7 +338,7 @@ private:
             out.add1("raw fill", 0);
     }
 
-    void compressed(Write& out, unsigned int frame)
+    void compressed(FieldSink& out, unsigned int frame)
     {
         out.add2("frame start", FRAME_START);
         unsigned int row = nextPaintedRow(frame, 0);
@@ -319,7 +382,7 @@ private:
 
     // A run is cut by a transparent pixel and by the right edge, nowhere
     // else; repeated colours are not folded.
-    void runs(Write& out, unsigned int frame, unsigned int y)
+    void runs(FieldSink& out, unsigned int frame, unsigned int y)
     {
         const unsigned int rowStart = y * width;
         unsigned int skipped = 0;
@@ -338,12 +401,11 @@ private:
         }
     }
 
-    static void writeRun(Write& out, const std::vector<unsigned char>& run, unsigned int skipped)
+    static void writeRun(FieldSink& out, const std::vector<unsigned char>& run, unsigned int skipped)
     {
         out.add2("color count", static_cast<unsigned short>(run.size()));
         out.add2("xoff", static_cast<unsigned short>(skipped));
-        for (unsigned char index : run)
-            out.add1("color", index);
+        out.addColors(run);
         // Words stay on even distances.
         if (run.size() % 2 != 0)
             out.add1("colorFill", 0);
@@ -376,6 +438,38 @@ void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned s
     for (unsigned int i = palOffset; i < end; ++i)
         for (unsigned int k = 0; k < DAC_COLOR_SIZE; ++k)
             header.add1("palColor", i < COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
+}
+
+// The whole entry: the header into `header`, each frame into its own
+// builder first, since the table needs their sizes. `labelled` says whether
+// the frames' fields go in one by one under their labels, for verifying.
+void appendGraphic(Write& header, std::vector<Write>& frameWrites, unsigned char** frames, unsigned char* palette,
+                   unsigned short width, unsigned short height, unsigned short frameCount, unsigned char clearOnce,
+                   unsigned char clearMod, unsigned char* internalPalette, unsigned short palOffset,
+                   unsigned short palSize, unsigned short flags, bool labelled)
+{
+    FrameEncoder encoder(frames, palette, width, height, frameCount, clearOnce, clearMod, flags);
+    for (unsigned int f = 0; f < frameCount; ++f)
+        encoder.encode(frameWrites[f], f, labelled);
+
+    const bool withPalette = (flags & Graphic::PALETTE) != 0;
+    header.add2("width", width);
+    header.add2("height", height);
+    header.add2("0", 0);
+    header.add2("frames", frameCount);
+    header.add1("clearOnce", clearOnce);
+    header.add1("clearMod", clearMod);
+    header.add2("flags", flags);
+    unsigned int offset = tableEnd(frameCount) + (withPalette ? PAL_HEAD_SIZE + palSize * DAC_COLOR_SIZE : 0);
+    header.add4("offset0", offset);
+    for (unsigned int f = 0; f < frameCount; ++f) {
+        offset += frameWrites[f].size();
+        header.add4("offset", offset);
+    }
+    if (withPalette)
+        writePaletteBlock(header, internalPalette, palOffset, palSize);
+    for (unsigned int f = 0; f < frameCount; ++f)
+        header.add(frameWrites[f]);
 }
 
 std::string debugFrameName(unsigned int index)
@@ -767,29 +861,8 @@ void Content::Graphic::create(Write& header, std::vector<Write>& frameWrites, un
                               unsigned char* internalPalette, unsigned short palOffset, unsigned short palSize,
                               unsigned short flags)
 {
-    // Frames first: the table needs their sizes.
-    FrameEncoder encoder(frames, palette, width, height, frameCount, clearOnce, clearMod, flags);
-    for (unsigned int f = 0; f < frameCount; ++f)
-        encoder.encode(frameWrites[f], f);
-
-    const bool withPalette = (flags & PALETTE) != 0;
-    header.add2("width", width);
-    header.add2("height", height);
-    header.add2("0", 0);
-    header.add2("frames", frameCount);
-    header.add1("clearOnce", clearOnce);
-    header.add1("clearMod", clearMod);
-    header.add2("flags", flags);
-    unsigned int offset = tableEnd(frameCount) + (withPalette ? PAL_HEAD_SIZE + palSize * DAC_COLOR_SIZE : 0);
-    header.add4("offset0", offset);
-    for (unsigned int f = 0; f < frameCount; ++f) {
-        offset += frameWrites[f].size();
-        header.add4("offset", offset);
-    }
-    if (withPalette)
-        writePaletteBlock(header, internalPalette, palOffset, palSize);
-    for (unsigned int f = 0; f < frameCount; ++f)
-        header.add(frameWrites[f]);
+    appendGraphic(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod,
+                  internalPalette, palOffset, palSize, flags, true);
 }
 
 Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette, unsigned short width,
@@ -797,10 +870,11 @@ Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette
                                   unsigned char clearMod, unsigned short palOffset, unsigned short palSize,
                                   unsigned short flags)
 {
+    // Nothing is verified here: the frames' fields go in as plain bytes.
     Write header;
     std::vector<Write> frameWrites(frameCount);
-    create(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod, palette, palOffset,
-           palSize, flags);
+    appendGraphic(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod, palette,
+                  palOffset, palSize, flags, false);
     return genContent(header, GRAPHIC);
 }
 
@@ -812,8 +886,8 @@ Content* Content::Graphic::create(unsigned char* palette, unsigned char clearOnc
     unsigned char** frames = source->decodeIndices();
     Write header;
     std::vector<Write> frameWrites(source->frameCount);
-    create(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
-           source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags);
+    appendGraphic(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+                  source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags, false);
     return genContent(header, GRAPHIC);
 }
 
