@@ -31,19 +31,6 @@ namespace {
 
 constexpr unsigned int SWATCH_SIDE = 16;
 
-// Lends a palette to a graphic while its frames are decoded; the graphic
-// must not go on pointing at it once the palette is gone.
-class LentPalette {
-public:
-    LentPalette(Content::Graphic* graphic, unsigned char* palette) : graphic(graphic) { graphic->setPalette(palette); }
-    ~LentPalette() { graphic->setPalette(nullptr); }
-    LentPalette(const LentPalette&) = delete;
-    LentPalette& operator=(const LentPalette&) = delete;
-
-private:
-    Content::Graphic* graphic;
-};
-
 // Writes the files of one entry and tells the gallery about them.
 class EntryExporter {
 public:

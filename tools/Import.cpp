@@ -116,6 +116,15 @@ unsigned char narrow(unsigned int value, const char* what)
 
 } // namespace
 
+std::string flagText(Graphic* graphic)
+{
+    std::string names;
+    for (const auto& entry : FLAG_NAMES)
+        if (graphic->hasFlag(entry.flag))
+            names += (names.empty() ? "" : ",") + std::string(entry.name);
+    return names;
+}
+
 unsigned short parseFlags(const std::string& text)
 {
     if (text.empty())

@@ -1,6 +1,8 @@
 #ifndef ZORV2_LBX_TOOLS_IMPORT_H
 #define ZORV2_LBX_TOOLS_IMPORT_H
 
+#include "entry/Content.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +26,9 @@ int importGraphic(const ImportOptions& options);
 
 // The flag word named by "loop,clear,..." or by a number such as 0x2000.
 unsigned short parseFlags(const std::string& text);
+
+// The flags of `graphic` by name, joined by ',' as parseFlags reads them.
+std::string flagText(zorv2::Lbx::Content::Graphic* graphic);
 
 } // namespace lbxtool
 

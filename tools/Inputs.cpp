@@ -3,6 +3,8 @@
 #include "tools/Report.h"
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -53,6 +55,15 @@ std::unique_ptr<File> openArchive(const std::string& path)
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index)
 {
     return reading(path, [&] { return std::unique_ptr<Content>(File::at(path, index)); });
+}
+
+std::string readBytes(const std::string& path)
+{
+    requireRegularFile(path);
+    std::ifstream in(path, std::ios::binary);
+    if (!in.good())
+        throw withReason(std::runtime_error("could not open '" + path + "'"), path);
+    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 std::unique_ptr<Content> readEntryFile(const std::string& path)

@@ -30,6 +30,9 @@ std::unique_ptr<File> openArchive(const std::string& path);
 // Entry `index` of the archive at `path`, without reading the others.
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index);
 
+// The bytes of a file.
+std::string readBytes(const std::string& path);
+
 // A whole file taken as one entry.
 std::unique_ptr<Content> readEntryFile(const std::string& path);
 

@@ -52,7 +52,7 @@ PaletteArray PaletteSource::read(const std::string& reference)
     return palette;
 }
 
-PaletteArray PaletteSource::forGraphic(unsigned int index)
+PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
 {
     PaletteArray palette(Palette::empty());
     Content::Graphic* graphic = archive.at(index)->graphic();
@@ -76,7 +76,7 @@ PaletteArray PaletteSource::forGraphic(unsigned int index)
                 found = paintFrom(sourceRow, sourceIndex, palette.get()) || found;
         }
     }
-    if (graphic->hasPalette()) {
+    if (ownBlock && graphic->hasPalette()) {
         try {
             graphic->palette(palette.get());
         } catch (const std::exception& e) {

@@ -25,7 +25,9 @@ public:
 
     // A new palette array for graphic entry `index`. Sources that cannot be
     // read are warned about and left out; black stands where none reaches.
-    PaletteArray forGraphic(unsigned int index);
+    // Without `ownBlock` the graphic's own block is left out: what lies
+    // beneath it.
+    PaletteArray forGraphic(unsigned int index, bool ownBlock = true);
 
     // The palette of the entry named ARCHIVE:INDEX, over black; throws if
     // that entry holds no palette.

@@ -1,6 +1,18 @@
 #include "tools/Pictures.h"
 
+#include "images/Graphic.h"
+
 namespace lbxtool {
+
+LentPalette::LentPalette(Content::Graphic* graphic, unsigned char* palette) : graphic(graphic)
+{
+    graphic->setPalette(palette);
+}
+
+LentPalette::~LentPalette()
+{
+    graphic->setPalette(nullptr);
+}
 
 unsigned short coloursFilled(const unsigned char* palette)
 {

@@ -22,6 +22,19 @@ constexpr unsigned int CURSOR_SIDE = 24;
 constexpr unsigned int FONTS_PER_ENTRY = 6;
 constexpr unsigned int GLYPHS_PER_FONT = 256;
 
+// Lends a palette to a graphic while its frames are decoded; the graphic
+// must not go on pointing at it once the palette is gone.
+class LentPalette {
+public:
+    LentPalette(Content::Graphic* graphic, unsigned char* palette);
+    ~LentPalette();
+    LentPalette(const LentPalette&) = delete;
+    LentPalette& operator=(const LentPalette&) = delete;
+
+private:
+    Content::Graphic* graphic;
+};
+
 // The number of colours that Palette::create filled: they are opaque, the
 // entries behind them all zero.
 unsigned short coloursFilled(const unsigned char* palette);

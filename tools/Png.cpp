@@ -16,29 +16,89 @@ namespace lbxtool {
 namespace {
 
 constexpr unsigned int SHEET_COLUMNS = 8;
+constexpr unsigned int INDEX_BITS = 8;
+
+std::runtime_error unreadable(const std::string& name, unsigned error)
+{
+    return std::runtime_error("'" + name + "' is not a readable PNG (" + lodepng_error_text(error) + ")");
+}
+
+std::string encoded(unsigned error, const std::vector<unsigned char>& png, const std::string& name)
+{
+    if (error != 0)
+        throw std::runtime_error("could not encode '" + name + "' (" + lodepng_error_text(error) + ")");
+    return std::string(png.begin(), png.end());
+}
 
 } // namespace
 
+Picture readPicture(const std::string& bytes, const std::string& name)
+{
+    const auto* data = reinterpret_cast<const unsigned char*>(bytes.data());
+    lodepng::State state;
+    Picture picture;
+    unsigned error = lodepng_inspect(&picture.width, &picture.height, &state, data, bytes.size());
+    if (error != 0)
+        throw unreadable(name, error);
+    const LodePNGColorMode& stored = state.info_png.color;
+    picture.indexed = stored.colortype == LCT_PALETTE && stored.bitdepth == INDEX_BITS;
+    if (picture.indexed) {
+        // Left in the file's own form, the pixels are its palette indices.
+        state.decoder.color_convert = 0;
+        picture.palette.assign(PALETTE_BYTES, 0);
+    }
+    error = lodepng::decode(picture.pixels, picture.width, picture.height, state, data, bytes.size());
+    if (error != 0)
+        throw unreadable(name, error);
+    if (picture.indexed)
+        std::copy(state.info_png.color.palette, state.info_png.color.palette + state.info_png.color.palettesize * PIXEL_SIZE,
+                  picture.palette.begin());
+    return picture;
+}
+
+std::vector<unsigned char> rgbaOf(const Picture& picture)
+{
+    if (!picture.indexed)
+        return picture.pixels;
+    std::vector<unsigned char> rgba;
+    rgba.reserve(picture.pixels.size() * PIXEL_SIZE);
+    for (const unsigned char index : picture.pixels)
+        rgba.insert(rgba.end(), &picture.palette[index * PIXEL_SIZE], &picture.palette[index * PIXEL_SIZE] + PIXEL_SIZE);
+    return rgba;
+}
+
 Image loadPng(const std::string& path)
 {
-    requireRegularFile(path);
-    const std::string reason = unreadableReason(path);
-    if (!reason.empty())
-        throw std::runtime_error("could not open '" + path + "' (" + reason + ")");
-    Image image;
-    const unsigned error = lodepng::decode(image.rgba, image.width, image.height, path);
-    if (error != 0)
-        throw std::runtime_error("'" + path + "' is not a readable PNG (" + lodepng_error_text(error) + ")");
-    return image;
+    const Picture picture = readPicture(readBytes(path), path);
+    return {picture.width, picture.height, rgbaOf(picture)};
+}
+
+std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
+                       const unsigned char* palette, const std::string& name)
+{
+    lodepng::State state;
+    for (LodePNGColorMode* mode : {&state.info_raw, &state.info_png.color}) {
+        mode->colortype = LCT_PALETTE;
+        mode->bitdepth = INDEX_BITS;
+        for (unsigned int i = 0; i < COLORS; ++i) {
+            const unsigned char* entry = palette + i * PIXEL_SIZE;
+            lodepng_palette_add(mode, entry[0], entry[1], entry[2], entry[ALPHA]);
+        }
+    }
+    state.encoder.auto_convert = 0;
+    std::vector<unsigned char> png;
+    return encoded(lodepng::encode(png, indices, width, height, state), png, name);
+}
+
+std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name)
+{
+    std::vector<unsigned char> png;
+    return encoded(lodepng::encode(png, rgba, width, height), png, name);
 }
 
 void savePng(const std::string& path, const unsigned char* rgba, unsigned int width, unsigned int height)
 {
-    std::vector<unsigned char> png;
-    const unsigned error = lodepng::encode(png, rgba, width, height);
-    if (error != 0)
-        throw std::runtime_error("could not encode '" + path + "' (" + lodepng_error_text(error) + ")");
-    writeBytes(path, std::string(png.begin(), png.end()));
+    writeBytes(path, rgbaPng(rgba, width, height, path));
 }
 
 Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height)

@@ -10,9 +10,7 @@
 
 namespace lbxtool {
 
-namespace {
-
-std::string shape(Content* entry)
+std::string shapeOf(Content* entry)
 {
     if (entry->type() != Content::GRAPHIC)
         return entry->typeStr();
@@ -21,11 +19,9 @@ std::string shape(Content* entry)
            std::to_string(graphic->width()) + "x" + std::to_string(graphic->height()) + ")";
 }
 
-} // namespace
-
 std::string kindChange(Content* former, Content* entry)
 {
-    const std::string was = shape(former), becomes = shape(entry);
+    const std::string was = shapeOf(former), becomes = shapeOf(entry);
     return was == becomes ? "" : "was " + was + ", becomes " + becomes;
 }
 

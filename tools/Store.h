@@ -11,6 +11,10 @@ namespace lbxtool {
 
 using zorv2::Lbx::Content;
 
+// What an entry is, with a graphic's frame count and size:
+// "graphic (8 frames of 48x32)", "text".
+std::string shapeOf(Content* entry);
+
 // How an entry changes in a way its user may not mean: another kind (text
 // becoming unknown, a cursor becoming a graphic), or a graphic of another
 // size or frame count. Empty when `entry` is of the same shape as `former`.

@@ -3,6 +3,7 @@
 #include "tools/Commands.h"
 #include "tools/Export.h"
 #include "tools/Import.h"
+#include "tools/Modding.h"
 #include "tools/Report.h"
 #include "tools/Sample.h"
 
@@ -38,6 +39,8 @@ struct Arguments {
     bool strict = false;
     ExportOptions exporting;
     ImportOptions importing;
+    lbxtool::UnpackOptions unpacking;
+    lbxtool::PackOptions packing;
 };
 
 // A misuse of the command line, found after parsing: exit status 2 like the
@@ -181,6 +184,27 @@ void defineImport(CLI::App& app, Arguments& a, int& status)
     define(*importing, status, [&i]() { return lbxtool::importGraphic(i); });
 }
 
+void defineModding(CLI::App& app, Arguments& a, int& status)
+{
+    lbxtool::UnpackOptions& u = a.unpacking;
+    CLI::App* unpack = app.add_subcommand("unpack", "Take archives apart into files that editors open, and a manifest");
+    unpack->add_option("ARCHIVE", u.archives, "Archives to unpack, each into DIR/STEM/")->required();
+    unpack->add_option("-o,--output", u.folder, "Folder DIR to unpack into")->capture_default_str();
+    unpack->add_flag("--force", u.force, "Write into a DIR/STEM/ that already holds files");
+    examples(*unpack, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mod");
+    define(*unpack, status, [&u]() { return lbxtool::unpack(u); });
+
+    lbxtool::PackOptions& p = a.packing;
+    CLI::App* pack = app.add_subcommand("pack", "Build an archive from a folder that unpack made");
+    pack->add_option("FOLDER", p.folder, "The folder DIR/STEM/, with its archive.json")->required();
+    pack->add_option("-o,--output", p.output, "Archive to write; by default DIR/ and the archive's own name");
+    pack->add_flag("--force", p.force, "Replace the archive if it exists");
+    pack->add_flag("--nearest", p.nearest,
+                   "In frames saved as RGBA, take the nearest palette colour for a colour the palette lacks");
+    examples(*pack, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force");
+    define(*pack, status, [&p]() { return lbxtool::pack(p); });
+}
+
 void defineSample(CLI::App& app, Arguments& a, int& status)
 {
     CLI::App* sample = app.add_subcommand("sample", "Write a small sample set of archives");
@@ -238,6 +262,7 @@ int main(int argc, char** argv)
     defineArchiveCommands(app, arguments, status);
     defineExport(app, arguments, status);
     defineImport(app, arguments, status);
+    defineModding(app, arguments, status);
     defineSample(app, arguments, status);
     if (argc < 2) {
         std::cerr << app.help();

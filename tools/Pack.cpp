@@ -1,0 +1,125 @@
+#include "tools/Forms.h"
+#include "tools/Hash.h"
+#include "tools/Inputs.h"
+#include "tools/Modding.h"
+#include "tools/Paths.h"
+#include "tools/Report.h"
+#include "tools/SafeWrite.h"
+#include "tools/Store.h"
+
+#include <filesystem>
+#include <iostream>
+#include <set>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace lbxtool {
+
+namespace {
+
+const std::string MANIFEST = "archive.json";
+constexpr unsigned int LARGEST_ARCHIVE = 509;
+// nlohmann's messages begin with a tag for programs: "[json.exception.parse_error.101] ".
+constexpr char TAG_END = ']';
+
+Json readManifest(const std::string& path)
+{
+    const std::string text = readBytes(path);
+    try {
+        return Json::parse(text);
+    } catch (const Json::exception& e) {
+        const std::string what = e.what();
+        const std::size_t tag = what.find(TAG_END);
+        throw std::runtime_error("'" + path + "' is not valid JSON (" +
+                                 (tag == std::string::npos ? what : what.substr(tag + 2)) + ")");
+    }
+}
+
+// The folder must hold exactly the files the manifest names: a missing one
+// would leave an entry out, an unnamed one is an edit that would be lost.
+void requireNamedFiles(const std::string& folder, const Json& entries, const std::string& manifestPath)
+{
+    std::set<std::string> named = {MANIFEST}, needed;
+    for (unsigned int i = 0; i < entries.size(); ++i) {
+        for (const std::string& name : formFiles(entries[i], {manifestPath, static_cast<int>(i)})) {
+            named.insert(name);
+            if (!fs::exists(fs::path(folder) / name))
+                throw std::runtime_error("'" + (fs::path(folder) / name).string() + "' is missing (entry " +
+                                         std::to_string(i) + " of '" + manifestPath + "')");
+        }
+        for (const std::string& name : viewFiles(entries[i]))
+            named.insert(name);
+    }
+    for (const fs::directory_entry& file : fs::directory_iterator(folder))
+        if (named.count(file.path().filename().string()) == 0)
+            throw std::runtime_error("'" + file.path().string() + "' is not named in '" + manifestPath + "'");
+}
+
+// The header area of the packed archive against the original's: the
+// library's writer always tags and fills with zeros.
+void noteHeader(const std::string& target, const Json& manifest, const std::string& manifestPath)
+{
+    std::string error;
+    std::vector<unsigned int> offsets;
+    bool tagged = false;
+    File::header(target, &error, &offsets, &tagged);
+    if (manifest.value("header", "") == hashOf(readBytes(target).substr(0, offsets.front())))
+        return;
+    const std::string which = manifest.value("tagged", tagged) == tagged ? "a fill other than zeros" : "no tag word";
+    warn("the header area of the archive unpacked into " + manifestPath + " held bytes the writer does not write (" +
+         which + "); the entries are as they were");
+}
+
+} // namespace
+
+int pack(const PackOptions& options)
+{
+    fs::path normal = fs::path(options.folder).lexically_normal();
+    if (normal.filename().empty())
+        normal = normal.parent_path(); // "DIR/STEM/" names the folder STEM too
+    const std::string folder = normal.string();
+    const std::string manifestPath = (fs::path(folder) / MANIFEST).string();
+    if (!fs::is_directory(folder))
+        throw std::runtime_error("'" + options.folder + "' is not a folder");
+    const Json manifest = readManifest(manifestPath);
+    const ManifestPlace top{manifestPath};
+    const std::string name = fileName(manifest, "archive", top);
+    const Json& entries = member(manifest, "entries", top);
+    if (!entries.is_array() || entries.size() > LARGEST_ARCHIVE)
+        throw top.problem("'entries' must be a list of at most 509 entries");
+    requireNamedFiles(folder, entries, manifestPath);
+
+    const std::string target = options.output.empty()
+                                   ? (fs::path(folder).parent_path() / name).string()
+                                   : options.output;
+    const Existing existing = options.force ? Existing::Replace : Existing::Refuse;
+    std::vector<std::string> inputs = {manifestPath};
+    for (const fs::directory_entry& file : fs::directory_iterator(folder))
+        inputs.push_back(file.path().string());
+    protectInputs(inputs);
+    checkTarget(target, existing);
+
+    File archive;
+    std::vector<std::string> changes;
+    const FileReader read = [&folder](const std::string& file) { return readBytes((fs::path(folder) / file).string()); };
+    for (unsigned int i = 0; i < entries.size(); ++i) {
+        std::unique_ptr<Content> entry = packEntry(entries[i], {{manifestPath, static_cast<int>(i)}, read, folder,
+                                                                options.nearest});
+        if (entries[i].value("hash", "") != hashOf(std::string(entry->data(), entry->size()))) {
+            const std::string was = entries[i].value("shape", ""), becomes = shapeOf(entry.get());
+            changes.push_back(entryName(target, i) + ": " + (was == becomes ? becomes : "was " + was + ", becomes " + becomes));
+        }
+        archive.push_back(entry.get());
+        entry.release();
+    }
+    writeArchive(target, archive, existing);
+    noteHeader(target, manifest, manifestPath);
+    std::cout << "packed " << archive.size() << " entries from " << folder << " into " << target << ", "
+              << changes.size() << " changed\n";
+    for (const std::string& change : changes)
+        std::cout << "  changed " << change << '\n';
+    return EXIT_DONE;
+}
+
+} // namespace lbxtool
