@@ -4,6 +4,8 @@
 #include "images/Palette.h"
 #include "tools/PaletteSource.h"
 #include "tools/Png.h"
+#include "tools/IndexedFrames.h"
+#include "tools/Inputs.h"
 #include "tools/Paths.h"
 #include "tools/Pictures.h"
 #include "tools/Report.h"
@@ -35,13 +37,13 @@ const struct {
     {"palette", Graphic::PALETTE}, {"loop", Graphic::LOOP},
 };
 
-std::vector<Image> loadFrames(const std::vector<std::string>& paths)
+std::vector<Picture> loadFrames(const std::vector<std::string>& paths)
 {
-    std::vector<Image> frames;
+    std::vector<Picture> frames;
     for (const std::string& path : paths) {
-        frames.push_back(loadPng(path));
-        const Image& first = frames.front();
-        const Image& frame = frames.back();
+        frames.push_back(readPicture(readBytes(path), path));
+        const Picture& first = frames.front();
+        const Picture& frame = frames.back();
         if (frame.width > LARGEST_SIDE || frame.height > LARGEST_SIDE)
             throw std::runtime_error("'" + path + "' is larger than a graphic can be (65535 pixels a side)");
         if (frame.width != first.width || frame.height != first.height)
@@ -170,23 +172,29 @@ void checkEntryTarget(const ImportOptions& options)
     checkTarget(options.target, options.force ? Existing::Replace : Existing::Refuse);
 }
 
-} // namespace
 
-int importGraphic(const ImportOptions& options)
+// Indexed PNGs hold the very indices to store (unpack writes them so): no
+// colour is looked up. A palette block, when asked for, is the first
+// picture's whole palette.
+std::unique_ptr<Content> fromIndices(const std::vector<Picture>& pictures, const ImportOptions& options,
+                                     unsigned short flags, unsigned char clearOnce, unsigned char clearMod)
 {
-    if (options.images.empty())
-        throw std::runtime_error("no images given");
-    if (options.index)
-        protectInputs(options.images);
-    else
-        checkEntryTarget(options);
-    std::vector<Image> frames = loadFrames(options.images);
-    if (frames.size() > std::numeric_limits<unsigned short>::max())
-        throw std::runtime_error("a graphic holds at most 65535 frames");
-    unsigned short flags = parseFlags(options.flags);
-    const unsigned char clearOnce = narrow(options.clearOnce, "clearOnce");
-    const unsigned char clearMod = narrow(options.clearMod, "clearMod");
+    std::vector<Indices> frames;
+    for (std::size_t f = 0; f < pictures.size(); ++f)
+        frames.push_back(indicesOfPicture(pictures[f], {nullptr, 0, false}, options.images[f],
+                                          static_cast<unsigned int>(f)));
+    std::vector<unsigned char> palette = pictures.front().palette;
+    return std::unique_ptr<Content>(graphicOfIndices(
+        frames, static_cast<unsigned short>(pictures.front().width), static_cast<unsigned short>(pictures.front().height),
+        clearOnce, clearMod, palette.data(), 0, (flags & Graphic::PALETTE) ? COLORS : 0, flags));
+}
 
+std::unique_ptr<Content> fromColours(const std::vector<Picture>& pictures, const ImportOptions& options,
+                                     unsigned short flags, unsigned char clearOnce, unsigned char clearMod)
+{
+    std::vector<Image> frames;
+    for (const Picture& picture : pictures)
+        frames.push_back({picture.width, picture.height, rgbaOf(picture)});
     // A palette built from the images exists nowhere else, so the entry
     // carries it; one from a named source is stored only when asked for.
     PaletteArray palette;
@@ -200,16 +208,38 @@ int importGraphic(const ImportOptions& options)
     }
 
     std::vector<unsigned char*> pixels = pixelsOf(frames);
-    std::unique_ptr<Content> entry;
     try {
-        entry.reset(Graphic::create(pixels.data(), palette.get(), static_cast<unsigned short>(frames.front().width),
-                                    static_cast<unsigned short>(frames.front().height),
-                                    static_cast<unsigned short>(frames.size()), clearOnce, clearMod, 0, paletteSize,
-                                    flags));
+        return std::unique_ptr<Content>(Graphic::create(
+            pixels.data(), palette.get(), static_cast<unsigned short>(frames.front().width),
+            static_cast<unsigned short>(frames.front().height), static_cast<unsigned short>(frames.size()), clearOnce,
+            clearMod, 0, paletteSize, flags));
     } catch (const std::exception& e) {
         const std::string culprit = imageLacking(frames, options.images, palette.get(), flags & Graphic::RAW);
         throw std::runtime_error((culprit.empty() ? "" : "'" + culprit + "': ") + e.what());
     }
+}
+
+} // namespace
+
+int importGraphic(const ImportOptions& options)
+{
+    if (options.images.empty())
+        throw std::runtime_error("no images given");
+    if (options.index)
+        protectInputs(options.images);
+    else
+        checkEntryTarget(options);
+    const std::vector<Picture> frames = loadFrames(options.images);
+    if (frames.size() > std::numeric_limits<unsigned short>::max())
+        throw std::runtime_error("a graphic holds at most 65535 frames");
+    const unsigned short flags = parseFlags(options.flags);
+    const unsigned char clearOnce = narrow(options.clearOnce, "clearOnce");
+    const unsigned char clearMod = narrow(options.clearMod, "clearMod");
+    const bool indexed =
+        std::all_of(frames.begin(), frames.end(), [](const Picture& frame) { return frame.indexed; });
+    std::unique_ptr<Content> entry = indexed && options.palette.empty()
+                                         ? fromIndices(frames, options, flags, clearOnce, clearMod)
+                                         : fromColours(frames, options, flags, clearOnce, clearMod);
 
     if (options.index) {
         storeEntry(options.target, *options.index, std::move(entry), options.strict);

@@ -40,19 +40,22 @@ Picture readPicture(const std::string& bytes, const std::string& name)
     unsigned error = lodepng_inspect(&picture.width, &picture.height, &state, data, bytes.size());
     if (error != 0)
         throw unreadable(name, error);
+    // Left in the file's own form, an 8-bit indexed PNG's pixels are its
+    // palette indices.
     const LodePNGColorMode& stored = state.info_png.color;
     picture.indexed = stored.colortype == LCT_PALETTE && stored.bitdepth == INDEX_BITS;
-    if (picture.indexed) {
-        // Left in the file's own form, the pixels are its palette indices.
-        state.decoder.color_convert = 0;
-        picture.palette.assign(PALETTE_BYTES, 0);
-    }
+    state.decoder.color_convert = picture.indexed ? 0 : 1;
     error = lodepng::decode(picture.pixels, picture.width, picture.height, state, data, bytes.size());
     if (error != 0)
         throw unreadable(name, error);
-    if (picture.indexed)
-        std::copy(state.info_png.color.palette, state.info_png.color.palette + state.info_png.color.palettesize * PIXEL_SIZE,
-                  picture.palette.begin());
+    if (picture.indexed) {
+        picture.palette.assign(PALETTE_BYTES, 0);
+        std::copy(stored.palette, stored.palette + stored.palettesize * PIXEL_SIZE, picture.palette.begin());
+        if (stored.palettesize != COLORS) {
+            picture.pixels = rgbaOf(picture);
+            picture.indexed = false;
+        }
+    }
     return picture;
 }
 
@@ -92,8 +95,10 @@ std::string indexedPng(const unsigned char* indices, unsigned int width, unsigne
 
 std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name)
 {
+    lodepng::State state;
+    state.encoder.auto_convert = 0;
     std::vector<unsigned char> png;
-    return encoded(lodepng::encode(png, rgba, width, height), png, name);
+    return encoded(lodepng::encode(png, rgba, width, height, state), png, name);
 }
 
 void savePng(const std::string& path, const unsigned char* rgba, unsigned int width, unsigned int height)

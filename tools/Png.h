@@ -14,8 +14,9 @@ struct Image {
     std::vector<unsigned char> rgba;
 };
 
-// A PNG as an editor leaves it. An 8-bit indexed PNG keeps its indices and
-// its palette, so that stored palette indices travel through it unchanged;
+// A PNG as an editor leaves it. An 8-bit indexed PNG with a whole palette of
+// 256 colours, as the tool writes the frames of an entry, keeps its indices
+// and palette, so that stored palette indices travel through it unchanged;
 // any other PNG is read as RGBA.
 struct Picture {
     unsigned int width = 0;
@@ -39,7 +40,8 @@ Image loadPng(const std::string& path);
 std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
                        const unsigned char* palette, const std::string& name);
 
-// The PNG file of an RGBA picture.
+// The PNG file of an RGBA picture, always as RGBA: the tool writes indexed
+// PNGs only where the indices are an entry's own.
 std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name);
 
 // Writes `width` × `height` pixels from `rgba`; throws a message naming the file.
