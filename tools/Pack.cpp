@@ -113,6 +113,9 @@ int pack(const PackOptions& options)
         archive.push_back(entry.get());
         entry.release();
     }
+    const fs::path targetFolder = fs::path(target).parent_path();
+    if (!targetFolder.empty())
+        makeFolder(targetFolder.string());
     writeArchive(target, archive, existing);
     noteHeader(target, manifest, manifestPath);
     std::cout << "packed " << archive.size() << " entries from " << folder << " into " << target << ", "
