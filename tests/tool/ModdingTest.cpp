@@ -143,9 +143,9 @@ TEST_F(Modding, EveryArchiveOfTheSampleComesBackByteForByte)
 TEST_F(Modding, EveryKindAndUnusualSettingComeBackByteForByte)
 {
     std::vector<std::string> entries = graphicsOfEverySetting();
-    for (Content* entry : samples::entriesOfEveryKind())
+    for (Content* entry : entriesOfEveryKind())
         entries.push_back(bytesOfEntry(entry));
-    for (Content* entry : samples::animations())
+    for (Content* entry : animations())
         entries.push_back(bytesOfEntry(entry));
     std::vector<std::string> strings = {"", "plain", "line\nbreak\ttab\\"};
     strings.push_back("");
