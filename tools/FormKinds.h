@@ -8,13 +8,6 @@
 namespace lbxtool {
 namespace forms {
 
-// The manifest's keys, each in one place.
-constexpr const char* KIND = "kind";
-constexpr const char* FILE_KEY = "file";
-constexpr const char* FRAMES = "frames";
-constexpr const char* PALETTE = "palette";
-constexpr const char* VIEWS = "views";
-
 EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place);
 std::unique_ptr<Content> graphicFrom(const Json& manifest, const PackPlace& place);
 

@@ -34,11 +34,6 @@ namespace {
 using Text = Content::Text;
 using Font = Content::Font;
 
-constexpr const char* WAS = "was";
-constexpr const char* WHY = "why";
-constexpr const char* RECORD_LENGTH = "recordLength";
-constexpr const char* HEIGHTS = "heights";
-constexpr const char* WIDTHS = "widths";
 // A table's second 16-bit field is the length of its records; the library
 // reads it but hands out only the strings.
 constexpr unsigned int RECORD_LENGTH_OFFSET = 2;
@@ -57,19 +52,19 @@ EntryForm bytes(Content* entry, const UnpackPlace& place, const std::string& why
     EntryForm form;
     const bool sound = entry->type() == Content::SOUND && why.empty();
     const std::string name = entryFileName(place.stem, place.index, sound ? ".wav" : ".bin");
-    form.manifest[KIND] = sound ? "sound" : "bytes";
+    form.manifest[key::KIND] = sound ? kind::SOUND : kind::BYTES;
     if (!sound)
-        form.manifest[WAS] = entry->typeStr();
+        form.manifest[key::WAS] = entry->typeStr();
     if (!why.empty())
-        form.manifest[WHY] = why;
-    form.manifest[FILE_KEY] = name;
+        form.manifest[key::WHY] = why;
+    form.manifest[key::FILE] = name;
     form.files[name] = bytesOf(entry);
     return form;
 }
 
 std::unique_ptr<Content> bytesFrom(const Json& manifest, const PackPlace& place)
 {
-    const std::string name = fileName(manifest, FILE_KEY, place.manifest);
+    const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string data = place.read(name);
     char* block = new char[data.size()];
     std::memcpy(block, data.data(), data.size());
@@ -89,8 +84,8 @@ EntryForm text(Content* entry, const UnpackPlace& place)
     std::vector<std::string> records = recordsOf(entry->text());
     EntryForm form;
     const std::string name = entryFileName(place.stem, place.index, ".txt");
-    form.manifest[KIND] = "text";
-    form.manifest[FILE_KEY] = name;
+    form.manifest[key::KIND] = kind::TEXT;
+    form.manifest[key::FILE] = name;
     std::string lines;
     for (const std::string& record : records)
         lines += escapeText(record) + '\n';
@@ -100,7 +95,7 @@ EntryForm text(Content* entry, const UnpackPlace& place)
     const unsigned int length = entry->text()->read2(RECORD_LENGTH_OFFSET);
     const std::unique_ptr<Content> chosen(Text::create(records));
     if (chosen->text()->read2(RECORD_LENGTH_OFFSET) != length)
-        form.manifest[RECORD_LENGTH] = length;
+        form.manifest[key::RECORD_LENGTH] = length;
     return form;
 }
 
@@ -120,7 +115,7 @@ Content* tableOfLength(const std::vector<std::string>& records, unsigned int len
 
 std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
 {
-    const std::string name = fileName(manifest, FILE_KEY, place.manifest);
+    const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string path = place.pathOf(name);
     std::vector<std::string> records;
     std::istringstream lines(place.read(name));
@@ -136,9 +131,9 @@ std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
     if (records.size() > LARGEST_FIELD)
         throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) +
                                  " lines; a table holds at most 65535");
-    if (!manifest.contains(RECORD_LENGTH))
+    if (!manifest.contains(key::RECORD_LENGTH))
         return created(place, [&] { return Text::create(records); });
-    const unsigned int length = number(manifest, RECORD_LENGTH, LARGEST_FIELD, place.manifest);
+    const unsigned int length = number(manifest, key::RECORD_LENGTH, LARGEST_FIELD, place.manifest);
     for (std::size_t line = 0; line < records.size(); ++line)
         if (records[line].size() > length)
             throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
@@ -150,15 +145,15 @@ std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
 EntryForm font(Font* font, const UnpackPlace& place)
 {
     EntryForm form;
-    form.manifest[KIND] = "font";
-    form.manifest[HEIGHTS] = Json::array();
-    form.manifest[WIDTHS] = Json::array();
+    form.manifest[key::KIND] = kind::FONT;
+    form.manifest[key::HEIGHTS] = Json::array();
+    form.manifest[key::WIDTHS] = Json::array();
     for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f) {
-        form.manifest[HEIGHTS].push_back(font->height(f));
+        form.manifest[key::HEIGHTS].push_back(font->height(f));
         Json widths = Json::array();
         for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g)
             widths.push_back(font->width(f, g));
-        form.manifest[WIDTHS].push_back(widths);
+        form.manifest[key::WIDTHS].push_back(widths);
         try {
             const Image sheet = glyphSheet(font, f);
             const std::string name = entryFileName(place.stem, place.index, "_font" + std::to_string(f) + ".png");
@@ -172,18 +167,27 @@ EntryForm font(Font* font, const UnpackPlace& place)
 
 std::unique_ptr<Content> fontFrom(const Json& manifest, const PackPlace& place)
 {
-    std::vector<unsigned int> heights = numbers(manifest, HEIGHTS, FONTS_PER_ENTRY, LARGEST_FIELD, place.manifest);
-    const Json& perFont = member(manifest, WIDTHS, place.manifest);
+    std::vector<unsigned int> heights = numbers(manifest, key::HEIGHTS, FONTS_PER_ENTRY, LARGEST_FIELD, place.manifest);
+    const Json& perFont = member(manifest, key::WIDTHS, place.manifest);
     if (!perFont.is_array() || perFont.size() != FONTS_PER_ENTRY)
         throw place.manifest.problem("'widths' must be a list of 6 lists of 256 numbers from 0 to 255");
     std::vector<unsigned short> shortHeights(heights.begin(), heights.end());
     std::vector<unsigned char> widths;
     for (const Json& font : perFont)
-        for (const unsigned int width : numbers(Json{{WIDTHS, font}}, WIDTHS, GLYPHS_PER_FONT, LARGEST_WIDTH,
+        for (const unsigned int width : numbers(Json{{key::WIDTHS, font}}, key::WIDTHS, GLYPHS_PER_FONT, LARGEST_WIDTH,
                                                 place.manifest))
             widths.push_back(static_cast<unsigned char>(width));
     return created(place, [&] { return Font::create(nullptr, shortHeights.data(), widths.data(), nullptr); });
 }
+
+// How pack makes each kind of form back into an entry.
+const struct {
+    const char* kind;
+    std::unique_ptr<Content> (*make)(const Json& manifest, const PackPlace& place);
+} MAKERS[] = {
+    {kind::GRAPHIC, graphicFrom}, {kind::CURSOR, cursorFrom}, {kind::TEXT, textFrom},
+    {kind::FONT, fontFrom},       {kind::SOUND, bytesFrom},    {kind::BYTES, bytesFrom},
+};
 
 EntryForm editable(Content* entry, const UnpackPlace& place)
 {
@@ -215,9 +219,8 @@ EntryForm unpackEntry(Content* entry, const UnpackPlace& place)
                               false};
         const std::unique_ptr<Content> rebuilt = packEntry(form.manifest, trial);
         if (rebuilt->size() == entry->size() && std::memcmp(rebuilt->data(), entry->data(), entry->size()) == 0) {
-            if (!form.views.empty())
-                for (const auto& view : form.views)
-                    form.manifest[forms::VIEWS].push_back(view.first);
+            for (const auto& view : form.views)
+                form.manifest[key::VIEWS].push_back(view.first);
             return form;
         }
         why = "made again from its editable form it comes out with other bytes";
@@ -229,36 +232,32 @@ EntryForm unpackEntry(Content* entry, const UnpackPlace& place)
 
 std::unique_ptr<Content> packEntry(const Json& manifest, const PackPlace& place)
 {
-    const std::string kind = text(manifest, forms::KIND, place.manifest);
-    if (kind == "graphic")
-        return forms::graphicFrom(manifest, place);
-    if (kind == "cursor")
-        return forms::cursorFrom(manifest, place);
-    if (kind == "text")
-        return forms::textFrom(manifest, place);
-    if (kind == "font")
-        return forms::fontFrom(manifest, place);
-    if (kind == "sound" || kind == "bytes")
-        return forms::bytesFrom(manifest, place);
-    throw place.manifest.problem("unknown kind '" + kind + "' (known: graphic, cursor, text, font, sound, bytes)");
+    const std::string named = text(manifest, key::KIND, place.manifest);
+    std::string known;
+    for (const auto& maker : forms::MAKERS) {
+        if (named == maker.kind)
+            return maker.make(manifest, place);
+        known += (known.empty() ? "" : ", ") + std::string(maker.kind);
+    }
+    throw place.manifest.problem("unknown kind '" + named + "' (known: " + known + ")");
 }
 
 std::vector<std::string> formFiles(const Json& manifest, const ManifestPlace& place)
 {
     std::vector<std::string> names;
-    if (manifest.contains(forms::FRAMES))
-        names = fileNames(manifest, forms::FRAMES, place);
-    for (const char* key : {forms::PALETTE, forms::FILE_KEY})
-        if (manifest.contains(key))
-            names.push_back(fileName(manifest, key, place));
+    if (manifest.contains(key::FRAMES))
+        names = fileNames(manifest, key::FRAMES, place);
+    for (const char* field : {key::PALETTE, key::FILE})
+        if (manifest.contains(field))
+            names.push_back(fileName(manifest, field, place));
     return names;
 }
 
 std::vector<std::string> viewFiles(const Json& manifest)
 {
     std::vector<std::string> names;
-    if (manifest.contains(forms::VIEWS) && manifest[forms::VIEWS].is_array())
-        for (const Json& name : manifest[forms::VIEWS])
+    if (manifest.contains(key::VIEWS) && manifest[key::VIEWS].is_array())
+        for (const Json& name : manifest[key::VIEWS])
             if (name.is_string())
                 names.push_back(name.get<std::string>());
     return names;

@@ -25,14 +25,6 @@ namespace {
 using Palette = Content::Palette;
 namespace layout = zorv2::Lbx::layout;
 
-constexpr const char* WIDTH = "width";
-constexpr const char* HEIGHT = "height";
-constexpr const char* CLEAR_ONCE = "clearOnce";
-constexpr const char* CLEAR_MOD = "clearMod";
-constexpr const char* FLAGS = "flags";
-constexpr const char* PALETTE_OFFSET = "paletteOffset";
-constexpr const char* PALETTE_SIZE = "paletteSize";
-constexpr const char* BENEATH = "beneath";
 constexpr unsigned int LARGEST_SIDE = std::numeric_limits<unsigned short>::max();
 constexpr unsigned int LARGEST_COUNT = std::numeric_limits<unsigned short>::max();
 constexpr unsigned int LARGEST_SETTING = std::numeric_limits<unsigned char>::max();
@@ -101,7 +93,7 @@ void addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indi
             });
             form.files[name] = indexedPng(indices.data(), width, height, palette.get(), name);
         }
-        form.manifest[FRAMES].push_back(name);
+        form.manifest[key::FRAMES].push_back(name);
     }
     if (frames.size() > 1) {
         std::vector<const unsigned char*> all;
@@ -117,7 +109,7 @@ void addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indi
 std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, const unsigned char* lookup,
                                 unsigned int begin, unsigned int& width, unsigned int& height)
 {
-    const std::vector<std::string> names = fileNames(manifest, FRAMES, place.manifest);
+    const std::vector<std::string> names = fileNames(manifest, key::FRAMES, place.manifest);
     if (names.size() > LARGEST_COUNT)
         throw place.manifest.problem("more than 65535 frames");
     std::vector<Indices> frames;
@@ -139,7 +131,7 @@ std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, co
 
 std::vector<unsigned char> paletteFrom(const Json& manifest, const PackPlace& place, unsigned int colours)
 {
-    const std::string name = fileName(manifest, PALETTE, place.manifest);
+    const std::string name = fileName(manifest, key::PALETTE, place.manifest);
     std::vector<unsigned char> palette = readPaletteFile(place.read(name), place.pathOf(name));
     if (palette.size() != std::size_t(colours) * PIXEL_SIZE)
         throw std::runtime_error("'" + place.pathOf(name) + "' holds " + std::to_string(palette.size() / PIXEL_SIZE) +
@@ -173,22 +165,22 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
 
     EntryForm form;
     Json& manifest = form.manifest;
-    manifest[KIND] = "graphic";
-    manifest[WIDTH] = width;
-    manifest[HEIGHT] = height;
-    manifest[CLEAR_ONCE] = graphic->clearOnce();
-    manifest[CLEAR_MOD] = graphic->clearMod();
-    manifest[FLAGS] = flagText(graphic);
-    manifest[FRAMES] = Json::array();
+    manifest[key::KIND] = kind::GRAPHIC;
+    manifest[key::WIDTH] = width;
+    manifest[key::HEIGHT] = height;
+    manifest[key::CLEAR_ONCE] = graphic->clearOnce();
+    manifest[key::CLEAR_MOD] = graphic->clearMod();
+    manifest[key::FLAGS] = flagText(graphic);
+    manifest[key::FRAMES] = Json::array();
     addFrames(form, place, frames, width, height, shown.get(), clearSlot(frames));
     if (graphic->hasPalette()) {
         const std::string name = entryFileName(place.stem, place.index, ".pal");
-        manifest[PALETTE] = name;
-        manifest[PALETTE_OFFSET] = palOffset;
-        manifest[PALETTE_SIZE] = palSize;
+        manifest[key::PALETTE] = name;
+        manifest[key::PALETTE_OFFSET] = palOffset;
+        manifest[key::PALETTE_SIZE] = palSize;
         form.files[name] = paletteFile(shown.get(), palOffset, palSize);
     }
-    manifest[BENEATH] = hexColours(beneath.get());
+    manifest[key::BENEATH] = hexColours(beneath.get());
     return form;
 }
 
@@ -196,21 +188,21 @@ std::unique_ptr<Content> graphicFrom(const Json& manifest, const PackPlace& plac
 {
     const ManifestPlace& where = place.manifest;
     PaletteArray lookup(Palette::empty());
-    readHexColours(text(manifest, BENEATH, where), lookup.get(), where);
+    readHexColours(text(manifest, key::BENEATH, where), lookup.get(), where);
     unsigned int palOffset = 0, palSize = 0;
-    if (manifest.contains(PALETTE)) {
-        palOffset = number(manifest, PALETTE_OFFSET, COLORS - 1, where);
-        palSize = number(manifest, PALETTE_SIZE, COLORS - palOffset, where);
+    if (manifest.contains(key::PALETTE)) {
+        palOffset = number(manifest, key::PALETTE_OFFSET, COLORS - 1, where);
+        palSize = number(manifest, key::PALETTE_SIZE, COLORS - palOffset, where);
         const std::vector<unsigned char> block = paletteFrom(manifest, place, palSize);
         std::copy(block.begin(), block.end(), lookup.get() + palOffset * PIXEL_SIZE);
     }
-    unsigned int width = number(manifest, WIDTH, LARGEST_SIDE, where);
-    unsigned int height = number(manifest, HEIGHT, LARGEST_SIDE, where);
-    const unsigned char clearOnce = static_cast<unsigned char>(number(manifest, CLEAR_ONCE, LARGEST_SETTING, where));
-    const unsigned char clearMod = static_cast<unsigned char>(number(manifest, CLEAR_MOD, LARGEST_SETTING, where));
+    unsigned int width = number(manifest, key::WIDTH, LARGEST_SIDE, where);
+    unsigned int height = number(manifest, key::HEIGHT, LARGEST_SIDE, where);
+    const unsigned char clearOnce = static_cast<unsigned char>(number(manifest, key::CLEAR_ONCE, LARGEST_SETTING, where));
+    const unsigned char clearMod = static_cast<unsigned char>(number(manifest, key::CLEAR_MOD, LARGEST_SETTING, where));
     unsigned short flags = 0;
     try {
-        flags = parseFlags(text(manifest, FLAGS, where));
+        flags = parseFlags(text(manifest, key::FLAGS, where));
     } catch (const std::runtime_error& e) {
         throw where.problem(e.what());
     }
@@ -234,12 +226,12 @@ EntryForm cursor(Content::Cursor* cursor, const UnpackPlace& place)
         frames.push_back(indicesOfFake(decoded.get(), CURSOR_SIDE * CURSOR_SIDE));
     }
     EntryForm form;
-    form.manifest[KIND] = "cursor";
-    form.manifest[FRAMES] = Json::array();
+    form.manifest[key::KIND] = kind::CURSOR;
+    form.manifest[key::FRAMES] = Json::array();
     // Index 0 is the cursor's transparent one: no painted pixel has it.
     addFrames(form, place, frames, CURSOR_SIDE, CURSOR_SIDE, own.get(), 0);
     const std::string name = entryFileName(place.stem, place.index, ".pal");
-    form.manifest[PALETTE] = name;
+    form.manifest[key::PALETTE] = name;
     form.files[name] = paletteFile(own.get(), 0, COLORS);
     return form;
 }
@@ -252,7 +244,7 @@ std::unique_ptr<Content> cursorFrom(const Json& manifest, const PackPlace& place
     if (frames.size() != CURSOR_FRAMES)
         throw place.manifest.problem("a cursor has 20 frames, 'frames' names " + std::to_string(frames.size()));
     if (width != CURSOR_SIDE || height != CURSOR_SIDE)
-        throw std::runtime_error("'" + place.pathOf(manifest[FRAMES][0].get<std::string>()) + "' is " +
+        throw std::runtime_error("'" + place.pathOf(manifest[key::FRAMES][0].get<std::string>()) + "' is " +
                                  std::to_string(width) + "x" + std::to_string(height) +
                                  "; a cursor's frames are 24x24");
     for (Indices& frame : frames)

@@ -1,6 +1,7 @@
 #include "tools/Manifest.h"
 
 #include "tools/Pictures.h"
+#include "tools/TextEscape.h"
 
 #include <algorithm>
 #include <iterator>
@@ -14,17 +15,6 @@ namespace layout = zorv2::Lbx::layout;
 
 constexpr char HEX[] = "0123456789abcdef";
 constexpr std::size_t HEX_PER_COLOUR = 6;
-
-int hexDigit(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
 
 bool plainName(const std::string& name)
 {
@@ -152,7 +142,7 @@ void readHexColours(const std::string& hex, unsigned char* palette, const Manife
     if (hex.size() != COLORS * HEX_PER_COLOUR)
         throw place.problem("'beneath' must be 256 colours of 6 hex digits");
     for (std::size_t at = 0; at < hex.size(); at += 2) {
-        const int high = hexDigit(hex[at]), low = hexDigit(hex[at + 1]);
+        const int high = hexValue(hex[at]), low = hexValue(hex[at + 1]);
         if (high < 0 || low < 0)
             throw place.problem("'beneath' must be 256 colours of 6 hex digits");
         const std::size_t colour = at / HEX_PER_COLOUR, component = at % HEX_PER_COLOUR / 2;

@@ -18,7 +18,6 @@ namespace lbxtool {
 
 namespace {
 
-const std::string MANIFEST = "archive.json";
 constexpr unsigned int LARGEST_ARCHIVE = 509;
 // nlohmann's messages begin with a tag for programs: "[json.exception.parse_error.101] ".
 constexpr char TAG_END = ']';
@@ -40,7 +39,7 @@ Json readManifest(const std::string& path)
 // would leave an entry out, an unnamed one is an edit that would be lost.
 void requireNamedFiles(const std::string& folder, const Json& entries, const std::string& manifestPath)
 {
-    std::set<std::string> named = {MANIFEST}, needed;
+    std::set<std::string> named = {MANIFEST_NAME}, needed;
     for (unsigned int i = 0; i < entries.size(); ++i) {
         for (const std::string& name : formFiles(entries[i], {manifestPath, static_cast<int>(i)})) {
             named.insert(name);
@@ -64,9 +63,9 @@ void noteHeader(const std::string& target, const Json& manifest, const std::stri
     std::vector<unsigned int> offsets;
     bool tagged = false;
     File::header(target, &error, &offsets, &tagged);
-    if (manifest.value("header", "") == hashOf(readBytes(target).substr(0, offsets.front())))
+    if (manifest.value(key::HEADER, "") == hashOf(readBytes(target).substr(0, offsets.front())))
         return;
-    const std::string which = manifest.value("tagged", tagged) == tagged ? "a fill other than zeros" : "no tag word";
+    const std::string which = manifest.value(key::TAGGED, tagged) == tagged ? "a fill other than zeros" : "no tag word";
     warn("the header area of the archive unpacked into " + manifestPath + " held bytes the writer does not write (" +
          which + "); the entries are as they were");
 }
@@ -79,13 +78,13 @@ int pack(const PackOptions& options)
     if (normal.filename().empty())
         normal = normal.parent_path(); // "DIR/STEM/" names the folder STEM too
     const std::string folder = normal.string();
-    const std::string manifestPath = (fs::path(folder) / MANIFEST).string();
+    const std::string manifestPath = (fs::path(folder) / MANIFEST_NAME).string();
     if (!fs::is_directory(folder))
         throw std::runtime_error("'" + options.folder + "' is not a folder");
     const Json manifest = readManifest(manifestPath);
     const ManifestPlace top{manifestPath};
-    const std::string name = fileName(manifest, "archive", top);
-    const Json& entries = member(manifest, "entries", top);
+    const std::string name = fileName(manifest, key::ARCHIVE, top);
+    const Json& entries = member(manifest, key::ENTRIES, top);
     if (!entries.is_array() || entries.size() > LARGEST_ARCHIVE)
         throw top.problem("'entries' must be a list of at most 509 entries");
     requireNamedFiles(folder, entries, manifestPath);
@@ -106,8 +105,8 @@ int pack(const PackOptions& options)
     for (unsigned int i = 0; i < entries.size(); ++i) {
         std::unique_ptr<Content> entry = packEntry(entries[i], {{manifestPath, static_cast<int>(i)}, read, folder,
                                                                 options.nearest});
-        if (entries[i].value("hash", "") != hashOf(std::string(entry->data(), entry->size()))) {
-            const std::string was = entries[i].value("shape", ""), becomes = shapeOf(entry.get());
+        if (entries[i].value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {
+            const std::string was = entries[i].value(key::SHAPE, ""), becomes = shapeOf(entry.get());
             changes.push_back(entryName(target, i) + ": " + (was == becomes ? becomes : "was " + was + ", becomes " + becomes));
         }
         archive.push_back(entry.get());

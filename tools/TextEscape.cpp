@@ -18,6 +18,13 @@ constexpr struct {
     char letter;
 } NAMED[] = {{'\\', '\\'}, {'\n', 'n'}, {'\r', 'r'}, {'\t', 't'}};
 
+std::runtime_error broken(const std::string& problem, std::size_t position)
+{
+    return std::runtime_error(problem + " at column " + std::to_string(position + 1));
+}
+
+} // namespace
+
 int hexValue(char digit)
 {
     if (digit >= '0' && digit <= '9')
@@ -28,13 +35,6 @@ int hexValue(char digit)
         return digit - 'a' + 10;
     return -1;
 }
-
-std::runtime_error broken(const std::string& problem, std::size_t position)
-{
-    return std::runtime_error(problem + " at column " + std::to_string(position + 1));
-}
-
-} // namespace
 
 std::string escapeText(const std::string& record)
 {

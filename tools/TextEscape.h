@@ -12,6 +12,9 @@ namespace lbxtool {
 
 std::string escapeText(const std::string& record);
 
+// The value of a hex digit of either case; -1 for any other character.
+int hexValue(char digit);
+
 // The record a line stands for. Accepts exactly the forms above (hex digits
 // in either case); anything else throws a message naming the problem and
 // the column (counted from 1) where it starts.

@@ -18,7 +18,6 @@ namespace lbxtool {
 
 namespace {
 
-const std::string MANIFEST = "archive.json";
 
 // The bytes before the first entry: the header area as the file holds it.
 std::string headerArea(const std::string& path)
@@ -47,33 +46,33 @@ void unpackArchive(const std::string& path, const std::string& folder, bool forc
     const std::string stem = fs::path(folder).filename().string();
 
     Json manifest;
-    manifest["archive"] = fs::path(path).filename().string();
-    manifest["tagged"] = archive->tagged();
-    manifest["header"] = hashOf(header);
-    manifest["entries"] = Json::array();
+    manifest[key::ARCHIVE] = fs::path(path).filename().string();
+    manifest[key::TAGGED] = archive->tagged();
+    manifest[key::HEADER] = hashOf(header);
+    manifest[key::ENTRIES] = Json::array();
     std::map<std::string, std::string> files;
     std::vector<std::string> kept;
     for (unsigned int i = 0; i < archive->size(); ++i) {
         Content* entry = archive->at(i);
         EntryForm form = unpackEntry(entry, {stem, i, palettes});
-        form.manifest["shape"] = shapeOf(entry);
-        form.manifest["hash"] = hashOf(std::string(entry->data(), entry->size()));
+        form.manifest[key::SHAPE] = shapeOf(entry);
+        form.manifest[key::HASH] = hashOf(std::string(entry->data(), entry->size()));
         for (const auto* made : {&form.files, &form.views})
             for (const auto& [name, bytes] : *made) {
-                form.manifest["files"][name] = hashOf(bytes);
+                form.manifest[key::FILES][name] = hashOf(bytes);
                 files[name] = bytes;
             }
-        if (form.manifest.contains("why"))
+        if (form.manifest.contains(key::WHY))
             kept.push_back(entryName(path, i) + " (" + entry->typeStr() + "): " +
-                           form.manifest["why"].get<std::string>());
-        manifest["entries"].push_back(form.manifest);
+                           form.manifest[key::WHY].get<std::string>());
+        manifest[key::ENTRIES].push_back(form.manifest);
     }
 
     makeFolder(folder);
     const Existing existing = force ? Existing::Replace : Existing::Refuse;
     for (const auto& [name, bytes] : files)
         writeBytes((fs::path(folder) / name).string(), bytes, existing);
-    writeBytes((fs::path(folder) / MANIFEST).string(), manifestText(manifest), existing);
+    writeBytes((fs::path(folder) / MANIFEST_NAME).string(), manifestText(manifest), existing);
     std::cout << "unpacked " << archive->size() << " entries of " << path << " into " << folder << '\n';
     for (const std::string& entry : kept)
         std::cout << "  kept as bytes: " << entry << '\n';

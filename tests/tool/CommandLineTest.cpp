@@ -50,7 +50,8 @@ TEST_F(Tool, VersionIsTheProjectsOwn)
 
 TEST_F(Tool, EveryCommandsHelpGivesExamples)
 {
-    for (const char* command : {"list", "check", "extract", "export", "verify", "create", "replace", "import", "sample"}) {
+    for (const char* command :
+         {"list", "check", "extract", "export", "verify", "create", "replace", "import", "sample", "unpack", "pack"}) {
         const Outcome help = lbx({command, "--help"});
         EXPECT_EQ(help.status, 0);
         EXPECT_NE(help.out.find("Examples:\n  lbx " + std::string(command) + " "), std::string::npos) << command;
