@@ -107,11 +107,12 @@ public:
             throw systemFailure(target);
     }
 
-    void sync(const std::string& target)
+    // Closes the file, after syncing it to the disk when `durable`.
+    void close(bool durable, const std::string& target)
     {
         const int closing = descriptor;
         descriptor = -1;
-        if (::fsync(closing) != 0 || ::close(closing) != 0)
+        if ((durable && ::fsync(closing) != 0) || ::close(closing) != 0)
             throw systemFailure(target);
     }
 
@@ -179,9 +180,14 @@ void writeFile(const std::string& target, Existing existing,
     if (replacing)
         temporary.takeOwnerAndMode(original, target);
     fill(temporary.descriptor, temporary.path);
-    temporary.sync(target);
+    // A file that takes another's place reaches the disk before the rename,
+    // and the rename too, so that no crash leaves neither. A new file risks
+    // nothing of the user's: it is not made to wait for the disk, which
+    // would cost a folder of many files seconds.
+    temporary.close(replacing, target);
     temporary.replace(file, target);
-    syncFolder(file.parent_path());
+    if (replacing)
+        syncFolder(file.parent_path());
 }
 
 void writeBytes(const std::string& target, const std::string& bytes, Existing existing)

@@ -10,7 +10,7 @@
 // Every file the lbx tool writes goes through here. A write fills a
 // temporary file beside its target (named after it, with ".lbx-part"
 // behind), gives it the mode and owner of the file it replaces, syncs it to
-// the disk and renames it over the target; a symbolic link stays a link and
+// the disk when it replaces one and renames it over the target; a symbolic link stays a link and
 // its target is what changes. A failure at any point removes the temporary
 // file and leaves the target as it was.
 namespace lbxtool {

@@ -155,7 +155,7 @@ TEST_F(Modding, EveryKindAndUnusualSettingComeBackByteForByte)
     entries.push_back(le16(2) + le16(5) + std::string("ab\0\0\0", 5) + "hello"); // records the rule would not choose
     entries.push_back(allIndicesPainted(true));
     entries.push_back(allIndicesPainted(false));
-    entries.push_back(readFile(sample("SPHERSFX.LBX")).substr(2048, 2044));   // the sample's sound
+    entries.push_back(entryBytes(sample("SPHERSFX.LBX"))[0]); // the sample's sound
     const std::string archivePath = dir.file("every.lbx", archive(entries));
 
     const Outcome unpacked = unpack(archivePath);
@@ -247,7 +247,7 @@ TEST_F(Modding, AnEditChangesItsEntryAndNothingElse)
             EXPECT_EQ(was[i] == now[i], i != c.entry) << c.stem << " entry " << i;
         File packedArchive(after);
         c.check(packedArchive[c.entry]);
-        EXPECT_EQ(lbx({"verify", after}).status, c.stem == "SPHERSFX" ? 0 : 0) << c.stem;
+        EXPECT_EQ(lbx({"verify", after}).status, 0) << c.stem;
     }
 }
 
