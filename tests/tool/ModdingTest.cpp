@@ -138,6 +138,10 @@ TEST_F(Modding, EveryArchiveOfTheSampleComesBackByteForByte)
         EXPECT_NE(packed.out.find(", 0 changed\n"), std::string::npos) << packed.out;
         EXPECT_EQ(readFile(dir.path(stem + ".LBX")), readFile(archive)) << stem;
     }
+    const Outcome again = pack(dir.path("mod/INBOX"), dir.path("INBOX.LBX"));
+    EXPECT_EQ(again.status, 1);
+    EXPECT_EQ(again.err, "lbx: '" + dir.path("INBOX.LBX") + "' already exists; --force replaces it\n");
+    EXPECT_EQ(pack(dir.path("mod/INBOX"), dir.path("INBOX.LBX"), {"--force"}).status, 0);
 }
 
 TEST_F(Modding, EveryKindAndUnusualSettingComeBackByteForByte)
