@@ -165,7 +165,9 @@ void defineImport(CLI::App& app, Arguments& a, int& status)
     importing->add_option("PNG", i.images, "Frames, in order")->required();
     importing->add_option("-i,--index", i.index, "Store into archive OUT at this entry (the entry count appends)");
     importing->add_option("-p,--palette", i.palette,
-                          "Palette from ARCHIVE:INDEX; otherwise built from the images and stored with them");
+                          "Palette from ARCHIVE:INDEX. Without it, frames saved with a palette of 256 colours (as "
+                          "unpack writes them) keep their indices, and any others get a palette built from the images "
+                          "and stored with them");
     importing->add_option("--clear-once", i.clearOnce,
                           "Frame N (not the first or last) is drawn on an empty picture instead of over the one "
                           "before; 0 for none");
