@@ -51,10 +51,15 @@ std::string Content::AbstractContent::typeStr(TYPE type)
 
 Content* Content::AbstractContent::genContent(Write& write, TYPE type)
 {
-    const std::string name = "created " + typeStr(type);
-    char* bytes = write.gen();
     const unsigned int size = write.size();
-    std::unique_ptr<Content> content(new Content(name, bytes, size));
+    return genContent(write.gen(), size, type);
+}
+
+Content* Content::AbstractContent::genContent(char* bytes, unsigned int size, TYPE type)
+{
+    std::unique_ptr<char[]> block(bytes);
+    std::unique_ptr<Content> content(new Content("created " + typeStr(type), block.get(), size));
+    block.release();
     if (content->type() != type)
         throw std::runtime_error("bug in " + typeStr(type) + " creation, sorry");
     return content.release();

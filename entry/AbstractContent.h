@@ -30,6 +30,9 @@ public:
     // The last step of every create: classifies the built bytes and insists
     // that they come out as `type`.
     static Content* genContent(Write& write, TYPE type);
+    // The same for bytes built already: a block from new[] that the new
+    // Content takes over.
+    static Content* genContent(char* bytes, unsigned int size, TYPE type);
 
     bool valid;
     std::string name;

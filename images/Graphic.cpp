@@ -225,71 +225,70 @@ bool leftOut(const unsigned char* now, const unsigned char* before)
         return true;
     if (!before)
         return false;
-    for (unsigned int c : {RED, GREEN, BLUE})
-        if (now[c] >> DAC_SHIFT != before[c] >> DAC_SHIFT)
-            return false;
-    return true;
+    // One test for all three components: the encoders ask this once a pixel.
+    const unsigned int differing = (now[RED] ^ before[RED]) | (now[GREEN] ^ before[GREEN]) | (now[BLUE] ^ before[BLUE]);
+    return differing >> DAC_SHIFT == 0;
 }
 
 // Where the encoder's fields go. Labelled, each is a field of the frame's
 // builder, compared when that builder verifies. Plain, where nothing can be
-// verified, the same bytes gather in one block that the builder takes whole
-// at the end, so that a pixel costs a store instead of a labelled field.
+// verified, the same bytes gather in a block of their own, so that a pixel
+// costs a store instead of a labelled field.
 class FieldSink {
 public:
-    FieldSink(Write& out, bool labelled) : out(out), labelled(labelled)
+    explicit FieldSink(Write& fields) : fields(&fields)
     {
     }
 
-    FieldSink(const FieldSink&) = delete;
-    FieldSink& operator=(const FieldSink&) = delete;
-
-    // Hands plain bytes to the builder; a frame that fails halfway is given up whole.
-    void finish()
+    explicit FieldSink(std::vector<char>& bytes) : bytes(&bytes)
     {
-        if (!labelled)
-            out.add(bytes.data(), static_cast<unsigned int>(bytes.size()));
     }
 
     void add1(const char* label, unsigned char value, bool compare = true)
     {
-        if (labelled)
-            out.add1(label, value, compare);
+        if (fields)
+            fields->add1(label, value, compare);
         else
-            bytes.push_back(static_cast<char>(value));
+            bytes->push_back(static_cast<char>(value));
     }
 
     void add2(const char* label, unsigned short value, bool compare = true)
     {
-        if (labelled) {
-            out.add2(label, value, compare);
+        if (fields) {
+            fields->add2(label, value, compare);
             return;
         }
-        bytes.push_back(static_cast<char>(value & 0xFF));
-        bytes.push_back(static_cast<char>(value >> 8));
+        bytes->push_back(static_cast<char>(value & 0xFF));
+        bytes->push_back(static_cast<char>(value >> 8));
     }
 
-    // Indices of one run, each a "color" field.
-    void addColors(const std::vector<unsigned char>& indices)
+    // `count` palette indices, which `fill` writes into the array it is
+    // given, each a field under `label`.
+    template <typename Fill>
+    void addColors(const char* label, unsigned int count, Fill fill)
     {
-        if (!labelled) {
-            bytes.insert(bytes.end(), indices.begin(), indices.end());
+        if (fields) {
+            indices.resize(count);
+            fill(indices.data());
+            const std::string name = label;
+            for (unsigned char index : indices)
+                fields->add1(name, index);
             return;
         }
-        const std::string label = "color";
-        for (unsigned char index : indices)
-            out.add1(label, index);
+        const std::size_t first = bytes->size();
+        bytes->resize(first + count);
+        fill(reinterpret_cast<unsigned char*>(bytes->data() + first));
     }
 
     unsigned int size()
     {
-        return out.size() + static_cast<unsigned int>(bytes.size());
+        return fields ? fields->size() : static_cast<unsigned int>(bytes->size());
     }
 
 private:
-    Write& out;
-    bool labelled;
-    std::vector<char> bytes;
+    Write* fields = nullptr;
+    std::vector<char>* bytes = nullptr;
+    std::vector<unsigned char> indices;
 };
 
 // Turns whole RGBA images into frames that paint only what differs from the
@@ -303,16 +302,14 @@ public:
     {
     }
 
-    void encode(Write& write, unsigned int frame, bool labelled)
+    void encode(FieldSink& out, unsigned int frame)
     {
         const bool clear = Graphic::isClear(frame, frameCount, clearOnce, clearMod, flags);
         predecessor = clear ? nullptr : frames[frame - 1];
-        FieldSink out(write, labelled);
         if (flags & Graphic::RAW)
             raw(out, frame);
         else
             compressed(out, frame);
-        out.finish();
     }
 
 private:
@@ -328,12 +325,16 @@ private:
         return leftOut(frames[frame] + at, predecessor ? predecessor + at : nullptr);
     }
 
+    // The palette indices of `count` pixels from pixel `first` on, as fields.
+    void addColors(FieldSink& out, const char* label, unsigned int frame, unsigned int first, unsigned int count)
+    {
+        out.addColors(label, count, [&](unsigned char* indices) { colors.findAll(pixel(frame, first), count, indices); });
+    }
+
     // A raw frame has no transparency: every pixel must be in the palette.
     void raw(FieldSink& out, unsigned int frame)
     {
-        const unsigned int pixels = width * height;
-        for (unsigned int i = 0; i < pixels; ++i)
-            out.add1("raw color", colors.find(pixel(frame, i)));
+        addColors(out, "raw color", frame, 0, width * height);
         while (out.size() % RAW_ALIGN != 0)
             out.add1("raw fill", 0);
     }
@@ -385,38 +386,30 @@ private:
     void runs(FieldSink& out, unsigned int frame, unsigned int y)
     {
         const unsigned int rowStart = y * width;
-        unsigned int skipped = 0;
-        for (unsigned int x = 0; x < width; ++x) {
-            const bool painted = !transparent(frame, rowStart + x);
-            if (painted)
-                run.push_back(colors.find(pixel(frame, rowStart + x)));
-            if (painted && x + 1 < width)
-                continue;
-            if (!run.empty()) {
-                writeRun(out, run, skipped);
-                run.clear();
-                skipped = 0;
-            }
-            ++skipped;
+        unsigned int x = 0;
+        for (;;) {
+            const unsigned int gapStart = x;
+            while (x < width && transparent(frame, rowStart + x))
+                ++x;
+            if (x == width)
+                return;
+            const unsigned int runStart = x;
+            while (x < width && !transparent(frame, rowStart + x))
+                ++x;
+            const unsigned int length = x - runStart;
+            out.add2("color count", static_cast<unsigned short>(length));
+            out.add2("xoff", static_cast<unsigned short>(runStart - gapStart));
+            addColors(out, "color", frame, rowStart + runStart, length);
+            // Words stay on even distances.
+            if (length % 2 != 0)
+                out.add1("colorFill", 0);
         }
-    }
-
-    static void writeRun(FieldSink& out, const std::vector<unsigned char>& run, unsigned int skipped)
-    {
-        out.add2("color count", static_cast<unsigned short>(run.size()));
-        out.add2("xoff", static_cast<unsigned short>(skipped));
-        out.addColors(run);
-        // Words stay on even distances.
-        if (run.size() % 2 != 0)
-            out.add1("colorFill", 0);
     }
 
     unsigned char** frames;
     // The image that the frame being encoded paints over; null when it
     // starts empty.
     const unsigned char* predecessor = nullptr;
-    // The indices of the run being gathered, kept from row to row.
-    std::vector<unsigned char> run;
     Content::Palette::Index colors;
     unsigned int width;
     unsigned int height;
@@ -440,17 +433,40 @@ void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned s
             header.add1("palColor", i < COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
 }
 
-// The whole entry: the header into `header`, each frame into its own
-// builder first, since the table needs their sizes. `labelled` says whether
-// the frames' fields go in one by one under their labels, for verifying.
-void appendGraphic(Write& header, std::vector<Write>& frameWrites, unsigned char** frames, unsigned char* palette,
-                   unsigned short width, unsigned short height, unsigned short frameCount, unsigned char clearOnce,
-                   unsigned char clearMod, unsigned char* internalPalette, unsigned short palOffset,
-                   unsigned short palSize, unsigned short flags, bool labelled)
+// A frame encoded as labelled fields, for verifying, or as plain bytes.
+unsigned int sizeOf(Write& frame)
+{
+    return frame.size();
+}
+
+unsigned int sizeOf(const std::vector<char>& frame)
+{
+    return static_cast<unsigned int>(frame.size());
+}
+
+void append(Write& header, Write& frame)
+{
+    header.add(frame);
+}
+
+void append(Write& header, std::vector<char>& frame)
+{
+    header.add(frame.data(), sizeOf(frame));
+}
+
+// The whole entry: the header into `header`, each frame into its own store
+// first, since the table needs their sizes.
+template <typename FrameStore>
+void appendGraphic(Write& header, std::vector<FrameStore>& frameStores, unsigned char** frames,
+                   unsigned char* palette, unsigned short width, unsigned short height, unsigned short frameCount,
+                   unsigned char clearOnce, unsigned char clearMod, unsigned char* internalPalette,
+                   unsigned short palOffset, unsigned short palSize, unsigned short flags)
 {
     FrameEncoder encoder(frames, palette, width, height, frameCount, clearOnce, clearMod, flags);
-    for (unsigned int f = 0; f < frameCount; ++f)
-        encoder.encode(frameWrites[f], f, labelled);
+    for (unsigned int f = 0; f < frameCount; ++f) {
+        FieldSink out(frameStores[f]);
+        encoder.encode(out, f);
+    }
 
     const bool withPalette = (flags & Graphic::PALETTE) != 0;
     header.add2("width", width);
@@ -463,13 +479,35 @@ void appendGraphic(Write& header, std::vector<Write>& frameWrites, unsigned char
     unsigned int offset = tableEnd(frameCount) + (withPalette ? PAL_HEAD_SIZE + palSize * DAC_COLOR_SIZE : 0);
     header.add4("offset0", offset);
     for (unsigned int f = 0; f < frameCount; ++f) {
-        offset += frameWrites[f].size();
+        offset += sizeOf(frameStores[f]);
         header.add4("offset", offset);
     }
     if (withPalette)
         writePaletteBlock(header, internalPalette, palOffset, palSize);
     for (unsigned int f = 0; f < frameCount; ++f)
-        header.add(frameWrites[f]);
+        append(header, frameStores[f]);
+}
+
+// Verifying field by field costs a labelled field a pixel. An entry that
+// the plain encoder (`encode` into a fresh builder) rebuilds byte for byte has
+// no field to report, so the rebuilt graphic is returned at once; for any
+// other, a failure included, null, and the verifying path then reports as it
+// goes.
+template <typename Encode>
+Content* rebuiltAsIs(Content* content, Encode encode)
+{
+    Write header;
+    try {
+        encode(header);
+    } catch (const std::exception&) {
+        return nullptr;
+    }
+    if (header.size() != content->size())
+        return nullptr;
+    std::unique_ptr<char[]> bytes(header.gen());
+    if (!std::equal(bytes.get(), bytes.get() + content->size(), content->data()))
+        return nullptr;
+    return Content::AbstractContent::genContent(bytes.release(), content->size(), Content::GRAPHIC);
 }
 
 std::string debugFrameName(unsigned int index)
@@ -862,7 +900,7 @@ void Content::Graphic::create(Write& header, std::vector<Write>& frameWrites, un
                               unsigned short flags)
 {
     appendGraphic(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod,
-                  internalPalette, palOffset, palSize, flags, true);
+                  internalPalette, palOffset, palSize, flags);
 }
 
 Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette, unsigned short width,
@@ -872,9 +910,9 @@ Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette
 {
     // Nothing is verified here: the frames' fields go in as plain bytes.
     Write header;
-    std::vector<Write> frameWrites(frameCount);
-    appendGraphic(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod, palette,
-                  palOffset, palSize, flags, false);
+    std::vector<std::vector<char>> frameBytes(frameCount);
+    appendGraphic(header, frameBytes, frames, palette, width, height, frameCount, clearOnce, clearMod, palette,
+                  palOffset, palSize, flags);
     return genContent(header, GRAPHIC);
 }
 
@@ -885,9 +923,9 @@ Content* Content::Graphic::create(unsigned char* palette, unsigned char clearOnc
     Graphic* source = content->graphic();
     unsigned char** frames = source->decodeIndices();
     Write header;
-    std::vector<Write> frameWrites(source->frameCount);
-    appendGraphic(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
-                  source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags, false);
+    std::vector<std::vector<char>> frameBytes(source->frameCount);
+    appendGraphic(header, frameBytes, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+                  source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags);
     return genContent(header, GRAPHIC);
 }
 
@@ -909,6 +947,25 @@ Content* Content::Graphic::createDebug(Content* content)
 {
     Graphic* source = content->graphic();
     unsigned char** frames = source->decodeIndices();
+    unsigned char* internalPalette = nullptr;
+    unsigned short palOffset = 0;
+    unsigned short palSize = 0;
+    if (source->hasPalette()) {
+        internalPalette = source->palette();
+        palOffset = source->paletteOffset();
+        palSize = source->paletteSize();
+    }
+    const auto encode = [&](Write& header, auto& frameStores) {
+        appendGraphic(header, frameStores, frames, source->currentPalette, source->imageWidth, source->imageHeight,
+                      source->frameCount, source->clearOnceValue, source->clearModValue, internalPalette, palOffset,
+                      palSize, source->flagWord);
+    };
+    if (Content* same = rebuiltAsIs(content, [&](Write& header) {
+            std::vector<std::vector<char>> frameBytes(source->frameCount);
+            encode(header, frameBytes);
+        }))
+        return same;
+
     Write header;
     header.setDebug("graphic", content->data(), content->size());
     std::vector<Write> frameWrites;
@@ -919,17 +976,7 @@ Content* Content::Graphic::createDebug(Content* content)
         frame.setDebug(debugFrameName(i), content->data() + begin, source->frameTable[i + 1] - begin);
         frameWrites.push_back(frame);
     }
-    unsigned char* internalPalette = nullptr;
-    unsigned short palOffset = 0;
-    unsigned short palSize = 0;
-    if (source->hasPalette()) {
-        internalPalette = source->palette();
-        palOffset = source->paletteOffset();
-        palSize = source->paletteSize();
-    }
-    create(header, frameWrites, frames, source->currentPalette, source->imageWidth, source->imageHeight,
-           source->frameCount, source->clearOnceValue, source->clearModValue, internalPalette, palOffset, palSize,
-           source->flagWord);
+    encode(header, frameWrites);
     return genContent(header, GRAPHIC);
 }
 

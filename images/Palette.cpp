@@ -146,7 +146,7 @@ bool Content::Palette::Index::onGrid(const unsigned char* entry)
 }
 
 Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsigned int end)
-    : palette(palette), begin(begin), end(std::min(end, COLORS)), built(false), keys(), indices()
+    : palette(palette), begin(begin), end(std::min(end, COLORS)), keyOf()
 {
     // The index hashes colours inline, in the installed header, with its own
     // names for the layout; they must say the same.
@@ -157,20 +157,30 @@ Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsig
 
 void Content::Palette::Index::build()
 {
-    built = true;
-    // Upwards, so that a repeated colour keeps its lowest index.
-    for (unsigned int i = begin; i < end; ++i) {
+    table.reset(new unsigned char[KEYS]());
+    for (std::uint32_t& k : keyOf)
+        k = NO_KEY;
+    // Downwards, so that a repeated colour keeps its lowest index.
+    for (unsigned int i = end; i-- > begin;) {
         const unsigned char* entry = palette + i * PIXEL_SIZE;
         if (!onGrid(entry))
             continue;
-        const std::uint32_t stored = key(entry) + 1;
-        unsigned int slot = slotOf(stored);
-        while (keys[slot] != 0 && keys[slot] != stored)
-            slot = (slot + 1) % SLOTS;
-        if (keys[slot] == 0) {
-            keys[slot] = stored;
-            indices[slot] = static_cast<unsigned char>(i);
-        }
+        keyOf[i] = key(entry);
+        table[keyOf[i]] = static_cast<unsigned char>(i + 1);
+    }
+}
+
+void Content::Palette::Index::findAll(unsigned char* pixels, std::size_t count, unsigned char* indices)
+{
+    if (!table)
+        build();
+    // In locals: a store through `indices` could otherwise alias them and
+    // force a reload every pixel.
+    const unsigned char* lookup = table.get();
+    for (std::size_t i = 0; i < count; ++i) {
+        unsigned char* color = pixels + i * PIXEL_SIZE;
+        const unsigned char stored = lookup[key(color)];
+        indices[i] = stored != 0 ? static_cast<unsigned char>(stored - 1) : find(color);
     }
 }
 

@@ -236,3 +236,25 @@ TEST(GraphicEncode, VerifyingReportsEachField)
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(Read::read2(recreated->data(), 22), 200);
 }
+
+TEST(GraphicEncode, VerifyingReportsTheFieldsBeforeAFailure)
+{
+    // Frame 1 repaints row 500 as it was, so that its rows 0 and 1000 come
+    // out 1000 apart; the differences in row 0 are reported before that fails.
+    const Bytes row = octets({2, 0, 0, 0});
+    const Bytes eol = octets({0, 0}), down500 = octets({0xF4, 1}), end = octets({0xE8, 3});
+    const Bytes frame0 = octets({1, 0, 0, 0}) + row + octets({1, 1}) + eol + down500 + row + octets({1, 1}) + eol +
+                         down500 + row + octets({1, 1}) + eol + end;
+    const Bytes frame1 = octets({1, 0, 0, 0}) + row + octets({1, 2}) + eol + down500 + row + octets({1, 1}) + eol +
+                         down500 + row + octets({2, 2}) + eol + end;
+    auto entry = entryOf(graphicHeader(2, 1001, 2, 0, {24, 58, 92}) + frame0 + frame1);
+    ASSERT_EQ(entry->type(), Content::GRAPHIC);
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(thrownBy([&] { delete entry->debugCreate(); }),
+              "graphic frame 1 has painted rows 1000 apart, which cannot be stored");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "debug graphic frame   1 - is     1, should be     2  'color count'\n"
+              "debug graphic frame   1 - is     1, should be     0  'xoff'\n"
+              "debug graphic frame   1 - is     2, should be     1  'color'\n"
+              "debug graphic frame   1 - is     0, should be     2  'colorFill'\n");
+}

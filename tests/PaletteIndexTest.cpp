@@ -51,6 +51,11 @@ std::vector<Pixels> probes(const Pixels& palette)
     return colors;
 }
 
+std::string notFound(const Pixels& color)
+{
+    return "color " + std::to_string(color[0]) + "," + std::to_string(color[1]) + "," + std::to_string(color[2]) +
+           " not found in palette";
+}
 
 TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
 {
@@ -62,19 +67,41 @@ TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
     for (Pixels palette : palettes) {
         for (const auto& range : ranges) {
             PaletteIndex index(palette.data(), range.begin, range.end);
+            Pixels found;
+            std::vector<unsigned char> expectedIndices;
             for (Pixels color : probes(palette)) {
                 unsigned char expected = 0;
-                if (Content::Palette::findColor(palette.data(), color.data(), &expected, range.begin, range.end))
+                if (Content::Palette::findColor(palette.data(), color.data(), &expected, range.begin, range.end)) {
                     ASSERT_EQ(index.find(color.data()), expected)
                         << "range " << range.begin << ".." << range.end << ", colour " << unsigned{color[0]} << ","
                         << unsigned{color[1]} << "," << unsigned{color[2]};
-                else
-                    ASSERT_EQ(fixtures::thrownBy([&] { index.find(color.data()); }), "color " + std::to_string(color[0]) + "," +
-                                                           std::to_string(color[1]) + "," +
-                                                           std::to_string(color[2]) + " not found in palette");
+                    found.insert(found.end(), color.begin(), color.end());
+                    expectedIndices.push_back(expected);
+                } else {
+                    ASSERT_EQ(fixtures::thrownBy([&] { index.find(color.data()); }), notFound(color));
+                }
             }
+            // The same answers for all of them at once.
+            std::vector<unsigned char> indices(expectedIndices.size());
+            index.findAll(found.data(), indices.size(), indices.data());
+            EXPECT_EQ(indices, expectedIndices) << "range " << range.begin << ".." << range.end;
         }
     }
+}
+
+TEST(PaletteIndex, FindingAllStopsAtTheFirstColourNotInTheRange)
+{
+    // No entry of the fake palette has more red than 4.
+    Pixels palette = awkwardPalette();
+    const Pixels present(palette.begin() + 4 * 30, palette.begin() + 4 * 31);
+    const Pixels missing = {200, 0, 0, 255};
+    Pixels pixels = present;
+    pixels.insert(pixels.end(), missing.begin(), missing.end());
+    pixels.insert(pixels.end(), present.begin(), present.end());
+    std::vector<unsigned char> indices(3, 99);
+    PaletteIndex index(palette.data(), 0, 256);
+    EXPECT_EQ(fixtures::thrownBy([&] { index.findAll(pixels.data(), 3, indices.data()); }), notFound(missing));
+    EXPECT_EQ(indices, (std::vector<unsigned char>{7, 99, 99}));
 }
 
 } // namespace
