@@ -113,8 +113,9 @@ std::vector<Input> inputs()
     shapes.emplace_back("dithered", ditheredFrames());
 
     std::vector<Input> all;
-    for (const auto& [name, indexed] : shapes) {
+    for (const auto& [name, indexed] : shapes)
         all.push_back({"indexed " + name, true, indexed, palette});
+    for (const auto& [name, indexed] : shapes) {
         Input rgba{"RGBA " + name, false, {}, {}};
         for (const Pixels& frame : indexed)
             rgba.frames.push_back(rgbaOf(frame, palette));
@@ -526,6 +527,8 @@ int main(int argc, char** argv)
                             [&](unsigned int f) { sink += decs[d].decode(files[e][i][f]).pixels.size(); }));
         }
 
+    std::printf("lodepng %s, libspng %s, libpng %s, zlib %s\n", LODEPNG_VERSION_STRING, spng_version_string(),
+                png_get_libpng_ver(nullptr), zlibVersion());
     std::printf("%ux%u, %u frames an input, %u rounds; ms a frame: median ±half the interquartile range\n\n", WIDTH,
                 HEIGHT, FRAMES, rounds);
     std::printf("Encoding (ms, and the mean size of a file)\n\n");

@@ -4,10 +4,10 @@
 #include "tests/support/Fixtures.h"
 #include "tools/Export.h"
 #include "tools/Gallery.h"
+#include "tools/Png.h"
 #include "tools/Sample.h"
 
 #include <gtest/gtest.h>
-#include <lodepng.h>
 
 #include <algorithm>
 #include <memory>
@@ -141,9 +141,9 @@ TEST_F(GalleryPage, ShowsEachKindOfTheSampleWithWhatTheGameKnowsOfIt)
 TEST_F(GalleryPage, GlyphSheetsDrawEachGlyphsBoxInItsCell)
 {
     exportedSample();
-    std::vector<unsigned char> rgba;
-    unsigned width = 0, height = 0;
-    ASSERT_EQ(lodepng::decode(rgba, width, height, dir.path("out/FONTS_000_font0.png")), 0u);
+    const Image sheet = loadPng(dir.path("out/FONTS_000_font0.png"));
+    const unsigned width = sheet.width, height = sheet.height;
+    const std::vector<unsigned char>& rgba = sheet.rgba;
     ASSERT_EQ(width, 16u * 7);
     ASSERT_EQ(height, 16u * 9);
     const auto alpha = [&](unsigned x, unsigned y) { return rgba[(y * width + x) * 4 + 3]; };

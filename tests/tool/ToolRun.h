@@ -3,12 +3,13 @@
 
 #include "archive/File.h"
 #include "tests/support/Fixtures.h"
+#include "tools/Png.h"
 
 #include <gtest/gtest.h>
-#include <lodepng.h>
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <string>
 #include <sys/wait.h>
@@ -78,15 +79,12 @@ protected:
 
 inline std::vector<unsigned char> decodePng(const std::string& path)
 {
-    std::vector<unsigned char> rgba;
-    unsigned width = 0, height = 0;
-    EXPECT_EQ(lodepng::decode(rgba, width, height, path), 0u) << path;
-    return rgba;
+    return lbxtool::loadPng(path).rgba;
 }
 
 inline void writePng(const std::string& path, const std::vector<unsigned char>& rgba, unsigned width, unsigned height)
 {
-    ASSERT_EQ(lodepng::encode(path, rgba, width, height), 0u);
+    std::ofstream(path, std::ios::binary | std::ios::trunc) << lbxtool::rgbaPng(rgba.data(), width, height, path);
 }
 
 } // namespace toolrun
