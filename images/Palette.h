@@ -34,8 +34,8 @@ public:
 // The palette search of the encoders, for many pixels against one palette:
 // it answers exactly what Palette::findColor answers over [begin, end), the
 // lowest index in the range whose entry equals the pixel's colour reduced to
-// DAC precision, at the cost of one hash probe instead of a scan through up
-// to 256 entries. An entry off the 4-step grid matches nothing, as there.
+// DAC precision, at the cost of one table lookup instead of a scan through
+// up to 256 entries. An entry off the 4-step grid matches nothing, as there.
 // The palette is first read when the first colour is asked for, so that an
 // encoder with nothing to paint may be given none.
 class Content::Palette::Index {
@@ -49,10 +49,8 @@ public:
         if (!table)
             build();
         const std::uint32_t wanted = key(color);
-        const unsigned char index = table[wanted] - 1;
-        if (keyOf[index] == wanted)
-            return index;
-        return notFound(color);
+        const unsigned char stored = table[wanted];
+        return stored != NONE ? static_cast<unsigned char>(stored - 1) : unstored(color, wanted);
     }
 
     // The indices of `count` pixels one behind the other, into `indices`;
@@ -66,8 +64,12 @@ private:
     static constexpr unsigned int DAC_BITS = 6;
     // Every colour at DAC precision has a slot of its own.
     static constexpr std::uint32_t KEYS = 1u << (3 * DAC_BITS);
-    // The key of no colour, for the indices that match nothing.
+    // The key of no colour.
     static constexpr std::uint32_t NO_KEY = KEYS;
+    // A slot holds its colour's index + 1, so that a byte of zeros is a free
+    // slot; index 255 has no room beside that and is kept apart.
+    static constexpr unsigned char NONE = 0;
+    static constexpr unsigned int LAST = 255;
 
     // The colour at DAC precision, all three components in 18 bits.
     static std::uint32_t key(const unsigned char* color)
@@ -78,15 +80,16 @@ private:
 
     static bool onGrid(const unsigned char* entry);
     void build();
-    unsigned char notFound(unsigned char* color);
+    // Index 255 for its colour; for any other, the text of Palette::findColor.
+    unsigned char unstored(unsigned char* color, std::uint32_t wanted);
 
     unsigned char* palette;
     unsigned int begin;
     unsigned int end;
-    // The lowest index in the range of each colour; a slot whose index has
-    // another key in keyOf holds no colour of the range.
+    // The lowest index in the range of each colour, + 1.
     std::unique_ptr<unsigned char[]> table;
-    std::uint32_t keyOf[256];
+    // The colour of index 255 when the range holds it, else NO_KEY.
+    std::uint32_t lastKey;
 };
 
 } // namespace Lbx
