@@ -2,6 +2,7 @@
 
 #include "images/Graphic.h"
 #include "knowledge/Magic.h"
+#include "tools/ArchiveSteps.h"
 #include "tools/Inputs.h"
 #include "tools/Paths.h"
 #include "tools/Pictures.h"
@@ -15,7 +16,6 @@
 #include <map>
 #include <memory>
 #include <sstream>
-#include <streambuf>
 
 namespace fs = std::filesystem;
 
@@ -29,29 +29,6 @@ constexpr int INDEX_WIDTH = 5;
 constexpr int KIND_WIDTH = 8;
 constexpr int COUNT_WIDTH = 8;
 constexpr int LAST_COUNT_WIDTH = 18;
-
-// The verifying mode reports each differing field on std::cerr; this buffer
-// swallows those lines, and the guard puts std::cerr back whatever happens.
-class NullBuffer : public std::streambuf {
-protected:
-    int overflow(int c) override { return c; }
-};
-
-class SilencedErrors {
-public:
-    explicit SilencedErrors(bool silence) : saved(silence ? std::cerr.rdbuf(&sink) : nullptr) {}
-    ~SilencedErrors()
-    {
-        if (saved != nullptr)
-            std::cerr.rdbuf(saved);
-    }
-    SilencedErrors(const SilencedErrors&) = delete;
-    SilencedErrors& operator=(const SilencedErrors&) = delete;
-
-private:
-    NullBuffer sink;
-    std::streambuf* saved;
-};
 
 // The kinds whose entries the library can re-create from their fields.
 bool recreatable(Content* entry)
@@ -110,39 +87,86 @@ void summaryRow(const std::string& kind, const std::string& passed, const std::s
               << std::setw(COUNT_WIDTH) << differs << std::setw(LAST_COUNT_WIDTH) << notRecreatable << '\n';
 }
 
-// Re-creates every entry that can be and holds it against the stored bytes;
-// returns whether all agreed.
-bool verifyArchive(const std::string& path, bool verbose)
-{
-    std::unique_ptr<File> opened = openArchive(path);
-    File& archive = *opened;
+// One entry held against its re-creation.
+struct Recreated {
+    std::string kind;
+    bool tried = false;
+    std::string difference; // empty when it agreed
+};
+
+struct VerifiedArchive {
+    std::string path;
+    std::unique_ptr<File> archive;
+    std::vector<Recreated> entries;
     std::map<std::string, Tally> tallies;
     std::vector<std::string> differences;
-    for (unsigned int i = 0; i < archive.size(); ++i) {
-        Content* entry = archive[i];
-        Tally& tally = tallies[entry->typeStr()];
-        if (!recreatable(entry)) {
-            ++tally.notRecreatable;
-            continue;
-        }
+};
+
+// Verifying archives: entries are made again on the workers, and counted in
+// turn.
+class Verifying : public ArchiveSteps<VerifiedArchive> {
+public:
+    Verifying(const std::vector<std::string>& archives, bool verbose) : archives(archives), verbose(verbose) {}
+
+    std::size_t plan(std::size_t a) override { return listedEntries(archives[a]); }
+
+    std::unique_ptr<VerifiedArchive> open(std::size_t a, std::size_t entries) override
+    {
+        auto opened = std::make_unique<VerifiedArchive>();
+        opened->path = archives[a];
+        opened->archive = openArchive(opened->path);
+        requireEntries(*opened->archive, entries);
+        opened->entries.resize(entries);
+        return opened;
+    }
+
+    void work(VerifiedArchive& opened, std::size_t i) override
+    {
+        Content* entry = opened.archive->at(static_cast<unsigned int>(i));
+        Recreated& done = opened.entries[i];
+        done.kind = entry->typeStr();
+        done.tried = recreatable(entry);
+        if (!done.tried)
+            return;
         try {
-            SilencedErrors silenced(!verbose);
-            std::unique_ptr<Content> recreated(entry->debugCreate());
-            ++tally.passed;
+            withLibraryReport(verbose, [entry] { std::unique_ptr<Content> recreated(entry->debugCreate()); });
         } catch (const std::exception& e) {
-            ++tally.differs;
-            differences.push_back(entryName(path, i) + ": " + e.what());
+            done.difference = entryName(opened.path, static_cast<unsigned int>(i)) + ": " + e.what();
         }
     }
-    std::cout << path << ": " << archive.size() << " entries\n";
-    summaryRow("kind", "passed", "differs", "not re-creatable");
-    for (const auto& [kind, tally] : tallies)
-        summaryRow(kind, std::to_string(tally.passed), std::to_string(tally.differs),
-                   std::to_string(tally.notRecreatable));
-    for (const std::string& difference : differences)
-        std::cout << "  differs: " << difference << '\n';
-    return differences.empty();
-}
+
+    void deliver(VerifiedArchive& opened, std::size_t i) override
+    {
+        const Recreated& done = opened.entries[i];
+        Tally& tally = opened.tallies[done.kind];
+        if (!done.tried)
+            ++tally.notRecreatable;
+        else if (done.difference.empty())
+            ++tally.passed;
+        else
+            ++tally.differs;
+        if (!done.difference.empty())
+            opened.differences.push_back(done.difference);
+    }
+
+    void finish(VerifiedArchive& opened) override
+    {
+        std::cout << opened.path << ": " << opened.archive->size() << " entries\n";
+        summaryRow("kind", "passed", "differs", "not re-creatable");
+        for (const auto& [kind, tally] : opened.tallies)
+            summaryRow(kind, std::to_string(tally.passed), std::to_string(tally.differs),
+                       std::to_string(tally.notRecreatable));
+        for (const std::string& difference : opened.differences)
+            std::cout << "  differs: " << difference << '\n';
+        agreed = agreed && opened.differences.empty();
+    }
+
+    bool agreed = true;
+
+private:
+    const std::vector<std::string>& archives;
+    bool verbose;
+};
 
 } // namespace
 
@@ -186,11 +210,11 @@ int extract(const std::vector<std::string>& archives, const std::vector<unsigned
     });
 }
 
-int verify(const std::vector<std::string>& archives, bool verbose)
+int verify(const std::vector<std::string>& archives, bool verbose, unsigned int jobs)
 {
-    bool agreed = true;
-    const int status = forEachPath(archives, [&](const std::string& path) { agreed = verifyArchive(path, verbose) && agreed; });
-    return agreed ? status : EXIT_FAILED;
+    Verifying verifying(archives, verbose);
+    const int status = forEachArchive(jobs, archives, verifying);
+    return verifying.agreed ? status : EXIT_FAILED;
 }
 
 int create(const std::string& target, const std::vector<std::string>& files, bool force)

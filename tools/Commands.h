@@ -19,7 +19,9 @@ int check(const std::vector<std::string>& archives);
 // their own there.
 int extract(const std::vector<std::string>& archives, const std::vector<unsigned int>& indices,
             const std::string& folder);
-int verify(const std::vector<std::string>& archives, bool verbose);
+// Re-creates each entry that can be and holds it against its bytes, on up
+// to `jobs` workers (0: one a core).
+int verify(const std::vector<std::string>& archives, bool verbose, unsigned int jobs = 0);
 // Refuses to replace an existing `target` unless `force`.
 int create(const std::string& target, const std::vector<std::string>& files, bool force);
 // With `strict`, an entry of another kind or shape than the one it replaces

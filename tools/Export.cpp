@@ -4,6 +4,7 @@
 #include "images/Font.h"
 #include "images/Graphic.h"
 #include "kinds/Text.h"
+#include "tools/ArchiveSteps.h"
 #include "tools/Gallery.h"
 #include "tools/GlyphSheet.h"
 #include "tools/PaletteSource.h"
@@ -31,11 +32,17 @@ namespace {
 
 constexpr unsigned int SWATCH_SIDE = 16;
 
-// Writes the files of one entry and tells the gallery about them.
+// A file made and not yet written.
+struct MadeFile {
+    std::string name; // in the export folder
+    std::string bytes;
+};
+
+// Makes the files of one entry, and what the gallery shows of it.
 class EntryExporter {
 public:
-    EntryExporter(const ExportOptions& options, const std::string& stem, File& archive, PaletteSource& palettes)
-        : folder(options.folder), stem(stem), archive(archive), palettes(palettes)
+    EntryExporter(const std::string& folder, const std::string& stem, File& archive, PaletteSource& palettes)
+        : folder(folder), stem(stem), archive(archive), palettes(palettes)
     {
     }
 
@@ -66,15 +73,15 @@ public:
         return shown;
     }
 
-    unsigned int written = 0;
+    // In the order they are to be written.
+    std::vector<MadeFile> files;
 
 private:
     std::string pathOf(const std::string& name) { return (fs::path(folder) / name).string(); }
 
     std::string png(const std::string& name, const unsigned char* rgba, unsigned int width, unsigned int height)
     {
-        savePng(pathOf(name), rgba, width, height);
-        ++written;
+        files.push_back({name, rgbaPng(rgba, width, height, pathOf(name))});
         return name;
     }
 
@@ -187,16 +194,13 @@ private:
 
     void sound(unsigned int index, Content* entry, GalleryEntry& shown)
     {
-        shown.file = entryFileName(stem, index, entrySuffix(entry));
-        writeBytes(pathOf(shown.file), std::string(entry->data(), entry->size()));
+        shown.file = textFile(entryFileName(stem, index, entrySuffix(entry)), std::string(entry->data(), entry->size()));
         shown.sound = true;
-        ++written;
     }
 
-    std::string textFile(const std::string& name, const std::string& text)
+    std::string textFile(const std::string& name, std::string text)
     {
-        writeText(pathOf(name), text);
-        ++written;
+        files.push_back({name, std::move(text)});
         return name;
     }
 
@@ -206,36 +210,119 @@ private:
     PaletteSource& palettes;
 };
 
-} // namespace
+// One entry exported, not yet written: its files, and what the gallery
+// shows of it, or why it could not be exported.
+struct ExportedEntry {
+    std::vector<MadeFile> files;
+    GalleryEntry described; // what the page says of an entry that failed
+    GalleryEntry shown;
+    std::string error;
+};
 
-namespace {
+// One archive being exported.
+struct ExportedArchive {
+    ExportedArchive(const std::string& path, const std::string& stem) : path(path), stem(stem), gallery(path, stem) {}
 
-int exportArchive(const ExportOptions& options, const std::string& path, const std::string& stem)
-{
-    std::unique_ptr<File> archive = openArchive(path);
-    const std::vector<unsigned int> indices = selectIndices(*archive, options.indices);
-    makeFolder(options.folder);
-    PaletteSource palettes(*archive, options.palette);
-    EntryExporter exporter(options, stem, *archive, palettes);
-    Gallery gallery(path, stem);
-    int status = EXIT_DONE;
-    for (unsigned int index : indices) {
-        try {
-            gallery.add(exporter.run(index));
-        } catch (const std::exception& e) {
-            reportError(entryName(path, index) + ": " + e.what());
-            GalleryEntry failed = exporter.described(index);
-            failed.error = e.what();
-            gallery.add(failed);
-            status = EXIT_FAILED;
-        }
+    std::string path;
+    std::string stem;
+    std::unique_ptr<File> archive;
+    std::vector<unsigned int> indices;
+    std::unique_ptr<PaletteSource> palettes;
+    std::exception_ptr paletteFailure; // reported after the folder is made, as one thread does
+    std::vector<ExportedEntry> entries;
+    Gallery gallery;
+    unsigned int written = 0;
+};
+
+// Exporting archives: each entry's files are made on the workers, and
+// written in turn.
+class Exporting : public ArchiveSteps<ExportedArchive> {
+public:
+    explicit Exporting(const ExportOptions& options) : options(options), stems(options.archives.size()) {}
+
+    std::size_t plan(std::size_t a) override
+    {
+        stems[a] = names.next(options.archives[a]);
+        return options.indices.empty() ? listedEntries(options.archives[a]) : options.indices.size();
     }
-    std::cout << "exported " << exporter.written << " files from " << path << " to " << options.folder << " as "
-              << stem << '\n';
-    if (options.html)
-        std::cout << "gallery: " << gallery.write(options.folder) << '\n';
-    return status;
-}
+
+    std::unique_ptr<ExportedArchive> open(std::size_t a, std::size_t entries) override
+    {
+        auto opened = std::make_unique<ExportedArchive>(options.archives[a], stems[a]);
+        opened->archive = openArchive(opened->path);
+        opened->indices = selectIndices(*opened->archive, options.indices);
+        if (options.indices.empty())
+            requireEntries(*opened->archive, entries);
+        try {
+            opened->palettes = std::make_unique<PaletteSource>(*opened->archive, options.palette);
+        } catch (...) {
+            opened->paletteFailure = std::current_exception();
+        }
+        opened->entries.resize(entries);
+        return opened;
+    }
+
+    void begin(ExportedArchive& opened) override
+    {
+        makeFolder(options.folder);
+        if (opened.paletteFailure)
+            std::rethrow_exception(opened.paletteFailure);
+        opened.palettes->protectSources();
+    }
+
+    void work(ExportedArchive& opened, std::size_t k) override
+    {
+        if (!opened.palettes)
+            return;
+        ExportedEntry& done = opened.entries[k];
+        EntryExporter exporter(options.folder, opened.stem, *opened.archive, *opened.palettes);
+        done.described = exporter.described(opened.indices[k]);
+        try {
+            done.shown = exporter.run(opened.indices[k]);
+        } catch (const std::exception& e) {
+            done.error = e.what();
+        }
+        done.files = std::move(exporter.files);
+    }
+
+    // A file that cannot be written ends the entry there, as a failure to
+    // make it would have.
+    void deliver(ExportedArchive& opened, std::size_t k) override
+    {
+        ExportedEntry done = std::move(opened.entries[k]);
+        try {
+            for (const MadeFile& file : done.files) {
+                writeBytes((fs::path(options.folder) / file.name).string(), file.bytes);
+                ++opened.written;
+            }
+        } catch (const std::exception& e) {
+            done.error = e.what();
+        }
+        if (done.error.empty()) {
+            opened.gallery.add(std::move(done.shown));
+            return;
+        }
+        reportError(entryName(opened.path, opened.indices[k]) + ": " + done.error);
+        done.described.error = done.error;
+        opened.gallery.add(std::move(done.described));
+        status = EXIT_FAILED;
+    }
+
+    void finish(ExportedArchive& opened) override
+    {
+        std::cout << "exported " << opened.written << " files from " << opened.path << " to " << options.folder
+                  << " as " << opened.stem << '\n';
+        if (options.html)
+            std::cout << "gallery: " << opened.gallery.write(options.folder) << '\n';
+    }
+
+    int status = EXIT_DONE; // of the entries
+
+private:
+    const ExportOptions& options;
+    StemNames names;
+    std::vector<std::string> stems;
+};
 
 } // namespace
 
@@ -244,12 +331,9 @@ int exportEntries(const ExportOptions& options)
     protectInputs(options.archives);
     if (!options.palette.empty())
         protectInputs({parseEntryRef(options.palette).archive});
-    StemNames stems;
-    int status = EXIT_DONE;
-    const int opened = forEachPath(options.archives, [&](const std::string& path) {
-        status = std::max(status, exportArchive(options, path, stems.next(path)));
-    });
-    return std::max(status, opened);
+    Exporting exporting(options);
+    const int opened = forEachArchive(options.jobs, options.archives, exporting);
+    return std::max(exporting.status, opened);
 }
 
 } // namespace lbxtool

@@ -12,6 +12,7 @@ struct ExportOptions {
     std::string folder = ".";
     std::string palette; // ARCHIVE:INDEX, or empty for the game's own sources
     bool html = false;
+    unsigned int jobs = 0; // entries worked on at once; 0: one a core
 };
 
 // Graphics and cursors to PNG (each frame, and a sprite sheet per

@@ -86,6 +86,21 @@ int forEachPath(const std::vector<std::string>& paths, const std::function<void(
     return status;
 }
 
+std::size_t listedEntries(const std::string& path)
+{
+    try {
+        return File::size(path);
+    } catch (const std::exception&) {
+        return 0;
+    }
+}
+
+void requireEntries(File& archive, std::size_t entries)
+{
+    if (archive.size() != entries)
+        throw std::runtime_error("'" + archive.path() + "' changed while it was read");
+}
+
 std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted)
 {
     if (wanted.empty()) {

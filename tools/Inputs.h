@@ -40,6 +40,14 @@ std::unique_ptr<Content> readEntryFile(const std::string& path);
 // path is taken. Returns the exit status: 1 if any path failed.
 int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action);
 
+// The number of entries the header of the archive at `path` lists; 0 when
+// it cannot be read, which opening the archive then reports.
+std::size_t listedEntries(const std::string& path);
+
+// Throws unless `archive` holds the `entries` entries its header listed
+// before: the file changed in between.
+void requireEntries(File& archive, std::size_t entries);
+
 // The indices a command works on: every entry when none are given, otherwise
 // those given, each checked against the archive.
 std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted);

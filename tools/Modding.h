@@ -13,6 +13,7 @@ struct UnpackOptions {
     std::vector<std::string> archives;
     std::string folder = ".";
     bool force = false; // write into a folder that already holds files
+    unsigned int jobs = 0; // entries worked on at once; 0: one a core
 };
 
 // Each archive into DIR/STEM/, with DIR/STEM/archive.json. Returns the exit status.
@@ -23,6 +24,7 @@ struct PackOptions {
     std::string output; // empty: beside the folder, under the archive's own name
     bool force = false;   // replace an existing archive
     bool nearest = false; // RGBA colours not in the palette take the nearest
+    unsigned int jobs = 0;    // entries worked on at once; 0: one a core
 };
 
 // The archive from an unpacked folder. Returns the exit status.

@@ -6,6 +6,7 @@
 #include "tools/Report.h"
 #include "tools/SafeWrite.h"
 #include "tools/Store.h"
+#include "tools/Workers.h"
 
 #include <filesystem>
 #include <iostream>
@@ -70,6 +71,12 @@ void noteHeader(const std::string& target, const Json& manifest, const std::stri
          which + "); the entries are as they were");
 }
 
+// One entry made from its files, and how it changed.
+struct PackedEntry {
+    std::unique_ptr<Content> entry;
+    std::string change; // empty when it is as it was unpacked
+};
+
 } // namespace
 
 int pack(const PackOptions& options)
@@ -101,17 +108,27 @@ int pack(const PackOptions& options)
 
     File archive;
     std::vector<std::string> changes;
+    std::vector<PackedEntry> packed(entries.size());
     const FileReader read = [&folder](const std::string& file) { return readBytes((fs::path(folder) / file).string()); };
-    for (unsigned int i = 0; i < entries.size(); ++i) {
-        std::unique_ptr<Content> entry = packEntry(entries[i], {{manifestPath, static_cast<int>(i)}, read, folder,
-                                                                options.nearest});
+    const auto compute = [&](std::size_t i) {
+        packed[i].entry = packEntry(entries[i], {{manifestPath, static_cast<int>(i)}, read, folder, options.nearest});
+        Content* entry = packed[i].entry.get();
         if (entries[i].value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {
-            const std::string was = entries[i].value(key::SHAPE, ""), becomes = shapeOf(entry.get());
-            changes.push_back(entryName(target, i) + ": " + (was == becomes ? becomes : "was " + was + ", becomes " + becomes));
+            const std::string was = entries[i].value(key::SHAPE, ""), becomes = shapeOf(entry);
+            packed[i].change = entryName(target, static_cast<unsigned int>(i)) + ": " +
+                               (was == becomes ? becomes : "was " + was + ", becomes " + becomes);
         }
-        archive.push_back(entry.get());
-        entry.release();
-    }
+    };
+    const auto deliver = [&](std::size_t i, const Outcome& outcome) {
+        outcome.said.say();
+        if (outcome.failure)
+            std::rethrow_exception(outcome.failure);
+        if (!packed[i].change.empty())
+            changes.push_back(packed[i].change);
+        archive.push_back(packed[i].entry.get());
+        packed[i].entry.release();
+    };
+    inOrder(options.jobs, entries.size(), compute, deliver);
     const fs::path targetFolder = fs::path(target).parent_path();
     if (!targetFolder.empty())
         makeFolder(targetFolder.string());

@@ -12,6 +12,7 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <set>
 #include <stdexcept>
 
 namespace lbxtool {
@@ -19,6 +20,7 @@ namespace lbxtool {
 namespace {
 
 using Palette = Content::Palette;
+using zorv2::Lbx::Magic;
 
 } // namespace
 
@@ -52,8 +54,30 @@ PaletteArray PaletteSource::read(const std::string& reference)
     return palette;
 }
 
+void PaletteSource::protectSources()
+{
+    if (explicitPalette || row == File::LBX_UNKNOWN)
+        return;
+    std::set<File::LBX_FILE> rows;
+    for (unsigned int index = 0; index < archive.size(); ++index) {
+        File::LBX_FILE sourceRow;
+        unsigned int sourceIndex;
+        if (Magic::palInt(row, index, &sourceRow, &sourceIndex))
+            rows.insert(sourceRow);
+        if (Magic::palExt(row, index, &sourceRow, &sourceIndex))
+            rows.insert(sourceRow);
+    }
+    rows.erase(row);
+    for (const File::LBX_FILE sourceRow : rows) {
+        const std::string path = findArchive(folder, File::LBX_FILE_NAME(sourceRow));
+        if (!path.empty())
+            protectInputs({path});
+    }
+}
+
 PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
 {
+    const std::lock_guard<std::mutex> inTurn(turn);
     PaletteArray palette(Palette::empty());
     Content::Graphic* graphic = archive.at(index)->graphic();
     const std::string name = entryName(archive.path(), index);
@@ -65,11 +89,11 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
         File::LBX_FILE sourceRow;
         unsigned int sourceIndex;
         // Beneath: the entry of FONTS that the game loads first.
-        if (zorv2::Lbx::Magic::palInt(row, index, &sourceRow, &sourceIndex))
+        if (Magic::palInt(row, index, &sourceRow, &sourceIndex))
             found = paintFrom(sourceRow, sourceIndex, palette.get());
         // Over it: an entry of the archive itself; when that is the graphic,
         // its own block below is the source.
-        if (zorv2::Lbx::Magic::palExt(row, index, &sourceRow, &sourceIndex)) {
+        if (Magic::palExt(row, index, &sourceRow, &sourceIndex)) {
             if (sourceRow == row && sourceIndex == index)
                 found = found || graphic->hasPalette();
             else
@@ -95,7 +119,7 @@ bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex
         return false;
     const std::string name = entryName(source->path(), sourceIndex);
     try {
-        paintPalette(source->at(sourceIndex), name, palette);
+        paintPalette(sourceEntry(*source, sourceIndex), name, palette);
         return true;
     } catch (const std::exception& e) {
         warn("palette source " + name + ": " + e.what());
@@ -103,28 +127,49 @@ bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex
     }
 }
 
+PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
+{
+    Source source;
+    const std::string name = File::LBX_FILE_NAME(sourceRow);
+    const std::string path = findArchive(folder, name);
+    if (path.empty()) {
+        source.problem = "palette source " + name + ".LBX not found beside " + archive.path();
+        return source;
+    }
+    try {
+        source.archive = openArchive(path);
+    } catch (const std::exception& e) {
+        source.problem = std::string("palette source: ") + e.what();
+    }
+    return source;
+}
+
 File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow)
 {
     if (sourceRow == row)
         return &archive;
-    const auto known = opened.find(sourceRow);
-    if (known != opened.end())
-        return known->second.get();
-    std::unique_ptr<File>& slot = opened[sourceRow];
-    const std::string name = File::LBX_FILE_NAME(sourceRow);
-    const std::string path = findArchive(folder, name);
-    if (path.empty()) {
-        warn("palette source " + name + ".LBX not found beside " + archive.path());
-        return nullptr;
-    }
-    // A source is read like the archive itself, and no less protected.
-    protectInputs({path});
-    try {
-        slot = openArchive(path);
-    } catch (const std::exception& e) {
-        warn(std::string("palette source: ") + e.what());
-    }
-    return slot.get();
+    const auto [known, added] = opened.try_emplace(sourceRow);
+    if (added)
+        known->second = openSource(sourceRow);
+    // Said each time: which entry needs the source first depends on the
+    // order the entries are worked on, and a warning is printed once.
+    if (!known->second.archive)
+        warn(known->second.problem);
+    return known->second.archive.get();
+}
+
+// Other workers work on the entries of this archive at the same time, and
+// reading a palette may change an entry (a cursor builds its own on first
+// use): the source reads copies of its own.
+Content* PaletteSource::sourceEntry(File& source, unsigned int index)
+{
+    Content* entry = source.at(index); // the library's message for an index out of range
+    if (&source != &archive)
+        return entry;
+    std::unique_ptr<Content>& copy = copies[index];
+    if (!copy)
+        copy = std::make_unique<Content>(*entry);
+    return copy.get();
 }
 
 } // namespace lbxtool

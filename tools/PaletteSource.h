@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 
 namespace lbxtool {
@@ -19,14 +20,23 @@ using PaletteArray = std::unique_ptr<unsigned char[]>;
 // whose palette lies beneath, and an entry of the same archive (or of INFO,
 // DIPLOMAT) whose colours go over it; the graphic's own block comes last.
 // An explicit source ARCHIVE:INDEX takes the place of both.
+//
+// Workers ask for the palettes of the entries they work on at the same time.
+// The source reads those entries only where their own workers do not
+// change them, and keeps private copies of the other entries it reads.
 class PaletteSource {
 public:
     PaletteSource(File& archive, const std::string& explicitSource);
 
+    // Protects every archive beside this one that a palette of it may come
+    // from, so that no write lands on one, whichever entries are written
+    // before their palettes are looked up.
+    void protectSources();
+
     // A new palette array for graphic entry `index`. Sources that cannot be
-    // read are warned about and left out; black stands where none reaches.
-    // Without `ownBlock` the graphic's own block is left out: what lies
-    // beneath it.
+    // read are warned about, each time they are needed, and left out; black
+    // stands where none reaches. Without `ownBlock` the graphic's own block
+    // is left out: what lies beneath it.
     PaletteArray forGraphic(unsigned int index, bool ownBlock = true);
 
     // The palette of the entry named ARCHIVE:INDEX, over black; throws if
@@ -34,16 +44,26 @@ public:
     static PaletteArray read(const std::string& reference);
 
 private:
+    // An archive that palettes come from, or why it cannot be read.
+    struct Source {
+        std::unique_ptr<File> archive;
+        std::string problem;
+    };
+
     // Paints source (row, index) over `palette`; false, with a warning, if
     // it cannot be read.
     bool paintFrom(File::LBX_FILE row, unsigned int index, unsigned char* palette);
+    Source openSource(File::LBX_FILE row);
     File* sourceArchive(File::LBX_FILE row);
+    Content* sourceEntry(File& source, unsigned int index);
 
+    std::mutex turn;
     File& archive;
     std::string folder;
     File::LBX_FILE row;
     PaletteArray explicitPalette;
-    std::map<File::LBX_FILE, std::unique_ptr<File>> opened;
+    std::map<File::LBX_FILE, Source> opened;
+    std::map<unsigned int, std::unique_ptr<Content>> copies;
 };
 
 // Paints the palette that entry `entry` holds over `palette`: a cursor's

@@ -1,8 +1,10 @@
 #ifndef ZORV2_LBX_TOOLS_REPORT_H
 #define ZORV2_LBX_TOOLS_REPORT_H
 
+#include <functional>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 // How the lbx tool tells the user what went wrong: one line each on stderr,
 // and the exit status.
@@ -17,6 +19,42 @@ constexpr int EXIT_USAGE = 2;
 void reportError(const std::string& message);
 // One line on stderr, printed once however often it comes up.
 void warn(const std::string& message);
+
+// What a task running beside others says on stderr, kept until its turn
+// comes, so that the lines come out as one thread would have said them. A
+// warning is held back as it stands: whether it was said before is decided
+// when it is said.
+class Transcript {
+public:
+    void add(bool warning, std::string text);
+    // Says everything in the order it came.
+    void say() const;
+
+private:
+    struct Line {
+        bool warning;
+        std::string text;
+    };
+    std::vector<Line> lines;
+};
+
+// While it stands, what this thread reports and warns goes into `transcript`.
+class Capture {
+public:
+    explicit Capture(Transcript& transcript);
+    ~Capture();
+    Capture(const Capture&) = delete;
+    Capture& operator=(const Capture&) = delete;
+
+private:
+    Transcript* outer;
+};
+
+// Runs `run`, whose calls into the library's verifying mode report each
+// differing field on std::cerr. Those lines are said like this thread's own
+// when `keep`, and dropped otherwise. The process has one std::cerr: such
+// runs take turns with each other and with every line the tool says.
+void withLibraryReport(bool keep, const std::function<void()>& run);
 
 // The system's reason why `path` cannot be opened for reading, such as
 // "No such file or directory"; empty when it can be.

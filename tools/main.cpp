@@ -22,7 +22,8 @@ namespace {
 using lbxtool::ExportOptions;
 using lbxtool::ImportOptions;
 
-constexpr std::size_t LARGEST_INDEX_DIGITS = 9;
+// At most this many digits always fit an unsigned int.
+constexpr std::size_t LARGEST_NUMBER_DIGITS = 9;
 
 struct Arguments {
     std::vector<std::string> archives;
@@ -35,6 +36,7 @@ struct Arguments {
     std::vector<std::string> files;
     std::string file;
     bool verbose = false;
+    unsigned int jobs = 0;
     bool force = false;
     bool strict = false;
     ExportOptions exporting;
@@ -71,6 +73,21 @@ void examples(CLI::App& command, const std::string& lines)
     command.footer("\nExamples:\n" + lines + "\n");
 }
 
+// The output is the same whatever the number: only the time changes.
+void jobsOption(CLI::App& command, unsigned int& jobs)
+{
+    const auto positive = [](std::string& value) {
+        const bool digits = !value.empty() && value.find_first_not_of("0123456789") == std::string::npos;
+        const bool zero = value.find_first_not_of('0') == std::string::npos;
+        return digits && !zero && value.size() <= LARGEST_NUMBER_DIGITS
+                   ? std::string()
+                   : "takes a number of at least 1, not '" + value + "'";
+    };
+    command.add_option("-j,--jobs", jobs, "Work on N entries at once (default: one a core)")
+        ->type_name("N")
+        ->check(CLI::Validator(positive, "", "at least 1"));
+}
+
 // extract and export take archives and entry numbers in one list: an
 // argument of digits alone is an entry of every archive (write ./12 for a
 // file named 12).
@@ -81,7 +98,7 @@ void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<
         const bool digits = std::all_of(item.begin(), item.end(), [](unsigned char c) { return std::isdigit(c); });
         if (!digits)
             archives.push_back(item);
-        else if (item.size() > LARGEST_INDEX_DIGITS)
+        else if (item.size() > LARGEST_NUMBER_DIGITS)
             throw UsageError("entry number " + item + " is too large");
         else
             indices.push_back(static_cast<unsigned int>(std::stoul(item)));
@@ -116,8 +133,9 @@ void defineArchiveCommands(CLI::App& app, Arguments& a, int& status)
     CLI::App* verify = app.add_subcommand("verify", "Re-create each entry that can be and compare it with its bytes");
     verify->add_option("ARCHIVE", a.archives, "Archives to verify")->required();
     verify->add_flag("-v,--verbose", a.verbose, "Show each differing field");
+    jobsOption(*verify, a.jobs);
     examples(*verify, "  lbx verify demo/*.LBX\n  lbx verify -v demo/STARNAME.LBX");
-    define(*verify, status, [&a]() { return lbxtool::verify(a.archives, a.verbose); });
+    define(*verify, status, [&a]() { return lbxtool::verify(a.archives, a.verbose, a.jobs); });
 
     CLI::App* create = app.add_subcommand("create", "Build an archive, one entry a file");
     create->add_option("OUT", a.target, "Archive to write")->required();
@@ -149,6 +167,7 @@ void defineExport(CLI::App& app, Arguments& a, int& status)
     exporting->add_option("-p,--palette", e.palette,
                           "Take the palette from ARCHIVE:INDEX instead of the game's own sources");
     exporting->add_flag("--html", e.html, "Also write an index.html gallery");
+    jobsOption(*exporting, e.jobs);
     examples(*exporting, "  lbx export demo/INBOX.LBX --html -o gallery\n"
                          "  lbx export demo/INBOX.LBX 1 -p demo/FONTS.LBX:2 -o out");
     define(*exporting, status, [&a, &e]() {
@@ -193,6 +212,7 @@ void defineModding(CLI::App& app, Arguments& a, int& status)
     unpack->add_option("ARCHIVE", u.archives, "Archives to unpack, each into DIR/STEM/")->required();
     unpack->add_option("-o,--output", u.folder, "Folder DIR to unpack into")->capture_default_str();
     unpack->add_flag("--force", u.force, "Write into a DIR/STEM/ that already holds files");
+    jobsOption(*unpack, u.jobs);
     examples(*unpack, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mod");
     define(*unpack, status, [&u]() { return lbxtool::unpack(u); });
 
@@ -203,6 +223,7 @@ void defineModding(CLI::App& app, Arguments& a, int& status)
     pack->add_flag("--force", p.force, "Replace the archive if it exists");
     pack->add_flag("--nearest", p.nearest,
                    "In frames saved as RGBA, take the nearest palette colour for a colour the palette lacks");
+    jobsOption(*pack, p.jobs);
     examples(*pack, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force");
     define(*pack, status, [&p]() { return lbxtool::pack(p); });
 }
@@ -227,6 +248,8 @@ std::string usageProblem(const CLI::ParseError& e, const std::string& first)
         const std::string item = extra.substr(extra.rfind(' ') + 1); // the parser lists them last first
         return (item.rfind('-', 0) == 0 ? "unknown option '" : "unexpected argument '") + item + "'";
     }
+    if (dynamic_cast<const CLI::ValidationError*>(&e) != nullptr && what.find(": ") != std::string::npos)
+        return what.substr(0, what.find(": ")) + ' ' + what.substr(what.find(": ") + 2); // "--jobs takes ..."
     if (dynamic_cast<const CLI::ConversionError*>(&e) != nullptr && what.rfind("Could not convert: ", 0) == 0) {
         const std::string rest = what.substr(std::string("Could not convert: ").size());
         const std::size_t equals = rest.find(" = ");

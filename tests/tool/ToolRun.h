@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <memory>
 #include <string>
 #include <sys/wait.h>
@@ -27,6 +28,27 @@ inline std::string frameFile(const std::string& folder, const std::string& stem,
 {
     const std::string number = std::to_string(frame);
     return folder + "/" + stem + "_" + std::string(3 - number.size(), '0') + number + ".png";
+}
+
+// A graphic of one compressed frame, optionally behind a palette block.
+inline std::string graphicEntry(unsigned int width, unsigned int height, const std::string& frame,
+                                const std::string& block = "")
+{
+    using fixtures::le16;
+    using fixtures::le32;
+    const unsigned int start = 20 + static_cast<unsigned int>(block.size());
+    return le16(width) + le16(height) + le16(0) + le16(1) + le16(0) + le16(block.empty() ? 0 : 0x1000) + le32(start) +
+           le32(start + static_cast<unsigned int>(frame.size())) + block + frame;
+}
+
+// Every file under `folder`, with its bytes: what a refused or failed
+// command must leave exactly as it was.
+inline std::map<std::string, std::string> snapshot(const std::string& folder)
+{
+    std::map<std::string, std::string> files;
+    for (const auto& file : std::filesystem::recursive_directory_iterator(folder))
+        files[file.path().string()] = file.is_regular_file() ? readFile(file.path().string()) : "(" + file.path().filename().string() + ")";
+    return files;
 }
 
 struct Outcome {

@@ -227,19 +227,6 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
     EXPECT_FALSE(std::filesystem::exists(dir.path("x")));
 }
 
-namespace {
-
-// A graphic of one compressed frame, optionally behind a palette block.
-std::string graphicEntry(unsigned int width, unsigned int height, const std::string& frame,
-                         const std::string& block = "")
-{
-    const unsigned int start = 20 + static_cast<unsigned int>(block.size());
-    return le16(width) + le16(height) + le16(0) + le16(1) + le16(0) + le16(block.empty() ? 0 : 0x1000) + le32(start) +
-           le32(start + static_cast<unsigned int>(frame.size())) + block + frame;
-}
-
-} // namespace
-
 TEST_F(Tool, HostileGraphicsAreRefusedOrSurvivedWithoutACrash)
 {
     const std::string wild = le16(1) + le16(0) + le16(0xFFFF) + le16(0xFFFF) + "abcd" + le16(0) + le16(1000);

@@ -9,16 +9,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Every file under `folder`, with its bytes: what a refused or failed
-// command must leave exactly as it was.
-std::map<std::string, std::string> snapshot(const std::string& folder)
-{
-    std::map<std::string, std::string> files;
-    for (const auto& file : fs::recursive_directory_iterator(folder))
-        files[file.path().string()] = file.is_regular_file() ? readFile(file.path().string()) : "(" + file.path().filename().string() + ")";
-    return files;
-}
-
 class WriteRules : public Tool {
 protected:
     void SetUp() override
