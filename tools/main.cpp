@@ -14,6 +14,10 @@
 #include <algorithm>
 #include <cctype>
 #include <csignal>
+
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
 #include <functional>
 #include <iostream>
 
@@ -272,8 +276,24 @@ int reportUsage(CLI::App& app, const CLI::ParseError& e, const std::string& firs
 
 } // namespace
 
+// The tool decodes, encodes and frees images of up to megabytes, entry after
+// entry. By default the C library maps every block above 128 KiB fresh from
+// the system and hands it back when freed, and each reuse then pays a page
+// fault per 4 KiB: a third of the time `verify` takes. Freed memory is kept
+// for the next entry instead; the tool's life is one command.
+void keepFreedMemory()
+{
+#ifdef __GLIBC__
+    constexpr int LARGEST_REUSED_BLOCK = 64 * 1024 * 1024;
+    constexpr int MOST_KEPT_FREE = 512 * 1024 * 1024;
+    mallopt(M_MMAP_THRESHOLD, LARGEST_REUSED_BLOCK);
+    mallopt(M_TRIM_THRESHOLD, MOST_KEPT_FREE);
+#endif
+}
+
 int main(int argc, char** argv)
 {
+    keepFreedMemory();
     // Past a file size limit a write then fails and is undone like any
     // other, instead of the signal ending the tool half-way.
     std::signal(SIGXFSZ, SIG_IGN);
