@@ -6,7 +6,6 @@
 #include <benchmark/benchmark.h>
 
 #include <fstream>
-#include <map>
 #include <memory>
 #include <vector>
 
@@ -19,60 +18,10 @@ namespace {
 
 // Three archive sizes show how opening grows; the full one has every entry
 // an archive can hold.
-constexpr unsigned int ARCHIVE_SIZES[] = {127, 254, 509};
+constexpr unsigned int ARCHIVE_SIZES[] = {127, 254, FULL_ARCHIVE};
 constexpr unsigned int SMALL_ARCHIVE = 16;
-constexpr unsigned int FULL_ARCHIVE = 509;
 // A cursor, present in both archives that File::at is measured on.
 constexpr unsigned int PROBED_ENTRY = 9;
-
-struct Archive {
-    std::string path;
-    unsigned int entries;
-    std::int64_t bytes;
-    std::vector<unsigned int> offsets;
-};
-
-// The archives measured, each written on first use from one set of entries,
-// so that a filtered run makes only what it measures.
-class Archives {
-public:
-    explicit Archives(const TempDir& dir) : dir(dir) {}
-
-    const Archive& get(unsigned int entries)
-    {
-        auto found = written.find(entries);
-        if (found == written.end())
-            found = written.emplace(entries, write(entries)).first;
-        return found->second;
-    }
-
-private:
-    Archive write(unsigned int entries)
-    {
-        if (!mixed) {
-            mixed = std::make_unique<File>();
-            for (unsigned int i = 0; i < FULL_ARCHIVE; ++i)
-                mixed->push_back(archiveEntry(i).release());
-        }
-        File archive;
-        for (unsigned int i = 0; i < entries; ++i)
-            archive.push_back(new Content(*mixed->at(i)));
-        Archive written{dir.path("mixed-" + std::to_string(entries) + ".lbx"), entries, 0, {}};
-        archive.write(written.path);
-        File::header(written.path, nullptr, &written.offsets, nullptr);
-        written.bytes = written.offsets.back();
-        return written;
-    }
-
-    const TempDir& dir;
-    std::unique_ptr<File> mixed;
-    std::map<unsigned int, Archive> written;
-};
-
-std::string openName(unsigned int entries)
-{
-    return "File open+classify, " + std::to_string(entries) + " entries";
-}
 
 std::string wholeFileName(unsigned int entries)
 {
@@ -179,9 +128,8 @@ void add(const std::string& name, std::shared_ptr<Archives> archives, unsigned i
 
 } // namespace
 
-void registerArchive(const TempDir& dir)
+void registerArchive(std::shared_ptr<Archives> archives)
 {
-    auto archives = std::make_shared<Archives>(dir);
     for (unsigned int entries : ARCHIVE_SIZES) {
         add(wholeFileName(entries), archives, entries, readWholeFile);
         add(openName(entries), archives, entries, openArchive);

@@ -3,11 +3,14 @@
 
 #include "Workloads.h"
 
+#include <memory>
+
 namespace bench {
 
 // Each registers its benchmarks with Google Benchmark and its rows with the
 // table, in table order.
-void registerArchive(const TempDir& dir);
+void registerArchive(std::shared_ptr<Archives> archives);
+void registerTool(std::shared_ptr<Archives> archives);
 void registerKinds();
 void registerGraphics();
 

@@ -38,9 +38,11 @@ int main(int argc, char** argv)
             return 2;
         bench::TempDir dir;
         std::cerr << "making the workloads...\n";
-        bench::registerArchive(dir);
+        auto archives = std::make_shared<bench::Archives>(dir);
+        bench::registerArchive(archives);
         bench::registerGraphics();
         bench::registerKinds();
+        bench::registerTool(archives);
 
         bench::TableReporter reporter;
         benchmark::RunSpecifiedBenchmarks(&reporter);

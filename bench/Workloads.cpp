@@ -266,6 +266,37 @@ std::unique_ptr<Content> archiveEntry(unsigned int index)
     }
 }
 
+const Archive& Archives::get(unsigned int entries)
+{
+    auto found = written.find(entries);
+    if (found == written.end())
+        found = written.emplace(entries, write(entries)).first;
+    return found->second;
+}
+
+Archive Archives::write(unsigned int entries)
+{
+    using zorv2::Lbx::File;
+    if (!mixed) {
+        mixed = std::make_unique<File>();
+        for (unsigned int i = 0; i < FULL_ARCHIVE; ++i)
+            mixed->push_back(archiveEntry(i).release());
+    }
+    File archive;
+    for (unsigned int i = 0; i < entries; ++i)
+        archive.push_back(new Content(*mixed->at(i)));
+    Archive made{dir.path("mixed-" + std::to_string(entries) + ".lbx"), entries, 0, {}};
+    archive.write(made.path);
+    File::header(made.path, nullptr, &made.offsets, nullptr);
+    made.bytes = made.offsets.back();
+    return made;
+}
+
+std::string openName(unsigned int entries)
+{
+    return "File open+classify, " + std::to_string(entries) + " entries";
+}
+
 PaletteLoop::PaletteLoop(const Pixels& palette)
 {
     std::memcpy(table, palette.data(), sizeof table);

@@ -1,10 +1,12 @@
 #ifndef ZORV2_LBX_BENCH_WORKLOADS_H
 #define ZORV2_LBX_BENCH_WORKLOADS_H
 
+#include "archive/File.h"
 #include "entry/Content.h"
 #include "tests/support/Fixtures.h"
 
 #include <cstdint>
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -50,6 +52,36 @@ Frames cursorFrames();
 // Entry `index` of the mixed archive: graphics, cursors, text tables, fonts,
 // sounds, fixed records and empty entries in a fixed rotation.
 std::unique_ptr<zorv2::Lbx::Content> archiveEntry(unsigned int index);
+
+// The mixed archive holds every entry an archive can.
+constexpr unsigned int FULL_ARCHIVE = 509;
+
+// A mixed archive of the first `entries` entries, as written to a file.
+struct Archive {
+    std::string path;
+    unsigned int entries;
+    std::int64_t bytes;
+    std::vector<unsigned int> offsets;
+};
+
+// The archives measured, each written on first use from one set of entries,
+// so that a filtered run makes only what it measures.
+class Archives {
+public:
+    explicit Archives(const TempDir& dir) : dir(dir) {}
+
+    const TempDir& folder() const { return dir; }
+    const Archive& get(unsigned int entries);
+
+private:
+    Archive write(unsigned int entries);
+
+    const TempDir& dir;
+    std::unique_ptr<zorv2::Lbx::File> mixed;
+    std::map<unsigned int, Archive> written;
+};
+
+std::string openName(unsigned int entries);
 
 // The floor of every palette image decoder: each index byte mapped through
 // a table of 256 four-byte colours, nothing else.
