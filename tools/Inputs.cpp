@@ -57,13 +57,18 @@ std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index)
     return reading(path, [&] { return std::unique_ptr<Content>(File::at(path, index)); });
 }
 
-std::string readBytes(const std::string& path)
+std::string readBytes(const std::string& path, std::size_t limit)
 {
     requireRegularFile(path);
     std::ifstream in(path, std::ios::binary);
     if (!in.good())
         throw withReason(std::runtime_error("could not open '" + path + "'"), path);
-    return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    if (limit == ALL_BYTES)
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string bytes(limit, '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(limit));
+    bytes.resize(static_cast<std::size_t>(in.gcount()));
+    return bytes;
 }
 
 std::unique_ptr<Content> readEntryFile(const std::string& path)

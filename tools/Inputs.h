@@ -4,6 +4,7 @@
 #include "archive/File.h"
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -30,8 +31,9 @@ std::unique_ptr<File> openArchive(const std::string& path);
 // Entry `index` of the archive at `path`, without reading the others.
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index);
 
-// The bytes of a file.
-std::string readBytes(const std::string& path);
+// The bytes of a file, or its first `limit` bytes.
+constexpr std::size_t ALL_BYTES = std::numeric_limits<std::size_t>::max();
+std::string readBytes(const std::string& path, std::size_t limit = ALL_BYTES);
 
 // A whole file taken as one entry.
 std::unique_ptr<Content> readEntryFile(const std::string& path);

@@ -64,7 +64,7 @@ void noteHeader(const std::string& target, const Json& manifest, const std::stri
     std::vector<unsigned int> offsets;
     bool tagged = false;
     File::header(target, &error, &offsets, &tagged);
-    if (manifest.value(key::HEADER, "") == hashOf(readBytes(target).substr(0, offsets.front())))
+    if (manifest.value(key::HEADER, "") == hashOf(readBytes(target, offsets.front())))
         return;
     const std::string which = manifest.value(key::TAGGED, tagged) == tagged ? "a fill other than zeros" : "no tag word";
     warn("the header area of the archive unpacked into " + manifestPath + " held bytes the writer does not write (" +

@@ -61,9 +61,9 @@ fs::path followLinks(fs::path path)
 // Whether a file stands at `target`; throws when it may not be replaced.
 bool existingTarget(const std::string& target, Existing existing, struct stat& status)
 {
-    requireRegularFile(target);
     if (::stat(target.c_str(), &status) != 0)
         return false;
+    requireRegularFile(target);
     for (const auto& [input, path] : protectedInputs())
         if (input.device == status.st_dev && input.inode == status.st_ino)
             throw std::runtime_error("'" + target + "' is one of this command's inputs" +

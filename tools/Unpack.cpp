@@ -27,7 +27,7 @@ std::string headerArea(const std::string& path)
     bool tagged = false;
     if (!File::header(path, &error, &offsets, &tagged))
         throw std::runtime_error(error);
-    return readBytes(path).substr(0, offsets.front());
+    return readBytes(path, offsets.front());
 }
 
 void requireEmptyFolder(const std::string& folder, bool force)
