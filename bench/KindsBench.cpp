@@ -179,6 +179,10 @@ void on(const char* name, std::shared_ptr<CursorWork> work, void (*body)(benchma
 
 } // namespace
 
+// Laying strings out in records is a copy and a fill per record; the
+// library also checks every record's length first.
+constexpr double TEXT_CREATE_TARGET = 0.3;
+
 void registerKinds()
 {
     auto table = makeTable();
@@ -187,7 +191,7 @@ void registerKinds()
     on(TEXT_READ_FLOOR, table, readTableFloor);
     on(TEXT_READ, table, readTable);
     addRow(TEXT_CREATE_FLOOR, "", Measure::SPEED);
-    addRow(TEXT_CREATE, TEXT_CREATE_FLOOR, Measure::SPEED);
+    addRow(TEXT_CREATE, TEXT_CREATE_FLOOR, Measure::SPEED, TEXT_CREATE_TARGET);
     addRow(TEXT_READ_FLOOR, "", Measure::SPEED);
     addRow(TEXT_READ, TEXT_READ_FLOOR, Measure::SPEED);
 
