@@ -20,7 +20,7 @@ int check(const std::vector<std::string>& archives);
 int extract(const std::vector<std::string>& archives, const std::vector<unsigned int>& indices,
             const std::string& folder);
 // Re-creates each entry that can be and holds it against its bytes, on up
-// to `jobs` workers (0: one a core).
+// to `jobs` workers (0: one a core), for now at most one.
 int verify(const std::vector<std::string>& archives, bool verbose, unsigned int jobs = 0);
 // Refuses to replace an existing `target` unless `force`.
 int create(const std::string& target, const std::vector<std::string>& files, bool force);
