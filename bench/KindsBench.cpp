@@ -22,6 +22,7 @@ constexpr std::size_t TEXT_HEADER = 4;
 // Laying strings out in records is a copy and a fill per record; the
 // library also checks every record's length first.
 constexpr double TEXT_CREATE_TARGET = 0.3;
+
 using zorv2::Lbx::layout::PALETTE_BYTES;
 using zorv2::Lbx::layout::PIXEL_SIZE;
 constexpr std::size_t CURSOR_PIXELS = 20 * 576;
