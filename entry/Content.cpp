@@ -14,6 +14,7 @@
 #include "kinds/Text.h"
 
 #include <fstream>
+#include <iostream>
 #include <iomanip>
 #include <limits>
 #include <memory>
@@ -168,16 +169,21 @@ std::string Content::contentInfo()
 
 Content* Content::debugCreate()
 {
+    return debugCreate(std::cerr);
+}
+
+Content* Content::debugCreate(std::ostream& report)
+{
     switch (type()) {
     case ABCOST: return Abcost::createDebug(this);
-    case CURSOR: return Cursor::createDebug(this);
-    case EMPTY: return Empty::createDebug(this);
-    case FONT: return Font::createDebug(this);
-    case GRAPHIC: return Graphic::createDebug(this);
+    case CURSOR: return Cursor::createDebug(this, report);
+    case EMPTY: return Empty::createDebug(this, report);
+    case FONT: return Font::createDebug(this, report);
+    case GRAPHIC: return Graphic::createDebug(this, report);
     case LEADER: return Leader::createDebug(this);
     case RACE: return Race::createDebug(this);
     case SOUND: return Sound::createDebug(this);
-    case TEXT: return Text::createDebug(this);
+    case TEXT: return Text::createDebug(this, report);
     case UNKNOWN: return Unknown::createDebug(this);
     default: throw std::runtime_error("unhandled type");
     }

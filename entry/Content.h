@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_CONTENT_H
 #define ZORV2_LBX_CONTENT_H
 
+#include <iosfwd>
 #include <string>
 
 namespace zorv2 {
@@ -54,6 +55,7 @@ public:
     std::string info();
     std::string contentInfo();
     Content* debugCreate();
+    Content* debugCreate(std::ostream& report);
     void write(std::string path);
     AbstractContent* gen(std::string name, char* data, unsigned int size);
 

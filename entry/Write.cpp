@@ -9,7 +9,7 @@
 namespace zorv2 {
 namespace Lbx {
 
-Content::Write::Write() : reference(nullptr), expectedSize(0), mismatch(false)
+Content::Write::Write() : reference(nullptr), expectedSize(0), mismatch(false), report(&std::cerr)
 {
 }
 
@@ -42,8 +42,14 @@ void Content::Write::debugAdd(std::string label, unsigned int is, unsigned int s
     if (is == shouldBe)
         return;
     mismatch = true;
-    std::cerr << "debug " << name << " - is " << std::setw(5) << is << ", should be " << std::setw(5) << shouldBe
+    *report << "debug " << name << " - is " << std::setw(5) << is << ", should be " << std::setw(5) << shouldBe
               << "  '" << label << "'\n";
+}
+
+void Content::Write::setDebug(std::string name, char* reference, unsigned int size, std::ostream& report)
+{
+    this->report = &report;
+    setDebug(std::move(name), reference, size);
 }
 
 void Content::Write::setDebug(std::string name, char* reference, unsigned int size)

@@ -4,6 +4,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Content.h"
 
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -29,6 +30,7 @@ public:
     void add2(std::string label, unsigned short value);
     void add4(std::string label, unsigned int value);
     void debugAdd(std::string label, unsigned int is, unsigned int shouldBe);
+    void setDebug(std::string name, char* reference, unsigned int size, std::ostream& report);
     void setDebug(std::string name, char* reference, unsigned int size);
     void clear();
     char* gen();
@@ -49,6 +51,7 @@ private:
     unsigned int expectedSize;
     std::string name;
     bool mismatch;
+    std::ostream* report;
 };
 
 // Appending a field is the innermost step of every encoder, once a pixel.

@@ -172,11 +172,11 @@ void Content::Cursor::create(Write& write, unsigned char* palette, unsigned char
     }
 }
 
-Content* Content::Cursor::createDebug(Content* content)
+Content* Content::Cursor::createDebug(Content* content, std::ostream& report)
 {
     Cursor* cursor = content->cursor();
     Write write;
-    write.setDebug("cursor", content->data(), content->size());
+    write.setDebug("cursor", content->data(), content->size(), report);
     // A stored DAC value up to 63 survives fromDac and pal2dac unchanged, so
     // the own palette rebuilds the stored one byte for byte.
     return recreate(write, cursor->palette(), cursor);

@@ -224,7 +224,7 @@ void Content::Font::create(Write& write, std::vector<Write>& glyphWrites, unsign
         write.add(glyphWrites[i]);
 }
 
-Content* Content::Font::createDebug(Content* content)
+Content* Content::Font::createDebug(Content* content, std::ostream& report)
 {
     Font* font = content->font();
     // Nothing reads this palette; the font owns it so that it does not leak.
@@ -243,13 +243,13 @@ Content* Content::Font::createDebug(Content* content)
             const unsigned int end = font->offset(f, g + 1);
             Write glyphWrite;
             glyphWrite.setDebug(glyphBuilderName(f, g), content->data() + std::min(start, content->size()),
-                                end > start ? end - start : 0);
+                                end > start ? end - start : 0, report);
             glyphWrites.push_back(glyphWrite);
         }
     }
 
     Write write;
-    write.setDebug("font", content->data(), content->size());
+    write.setDebug("font", content->data(), content->size(), report);
     unsigned short heights[FONT_COUNT];
     for (unsigned int f = 0; f < FONT_COUNT; ++f)
         heights[f] = font->height(f);

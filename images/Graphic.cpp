@@ -943,7 +943,7 @@ Content* Content::Graphic::create(unsigned char* palette, Content* content)
     return create(palette, source->paletteOffset(), source->paletteSize(), content);
 }
 
-Content* Content::Graphic::createDebug(Content* content)
+Content* Content::Graphic::createDebug(Content* content, std::ostream& report)
 {
     Graphic* source = content->graphic();
     unsigned char** frames = source->decodeIndices();
@@ -967,13 +967,13 @@ Content* Content::Graphic::createDebug(Content* content)
         return same;
 
     Write header;
-    header.setDebug("graphic", content->data(), content->size());
+    header.setDebug("graphic", content->data(), content->size(), report);
     std::vector<Write> frameWrites;
     frameWrites.reserve(source->frameCount);
     for (unsigned int i = 0; i < source->frameCount; ++i) {
         Write frame;
         const unsigned int begin = source->frameTable[i];
-        frame.setDebug(debugFrameName(i), content->data() + begin, source->frameTable[i + 1] - begin);
+        frame.setDebug(debugFrameName(i), content->data() + begin, source->frameTable[i + 1] - begin, report);
         frameWrites.push_back(frame);
     }
     encode(header, frameWrites);

@@ -51,10 +51,10 @@ Content* Content::Empty::create(Write& write, bool marker)
     return genContent(write, EMPTY);
 }
 
-Content* Content::Empty::createDebug(Content* content)
+Content* Content::Empty::createDebug(Content* content, std::ostream& report)
 {
     Write write;
-    write.setDebug("empty", content->data(), content->size());
+    write.setDebug("empty", content->data(), content->size(), report);
     return create(write, content->size() == MARKER_SIZE);
 }
 

@@ -152,7 +152,7 @@ std::size_t Content::Text::addHeader(Write& write, const std::vector<std::string
     return textsize;
 }
 
-Content* Content::Text::createDebug(Content* content)
+Content* Content::Text::createDebug(Content* content, std::ostream& report)
 {
     Text* table = content->text();
     std::vector<std::string> strings;
@@ -161,7 +161,7 @@ Content* Content::Text::createDebug(Content* content)
         strings.push_back(table->get(index));
 
     Write write;
-    write.setDebug("text", content->data(), content->size());
+    write.setDebug("text", content->data(), content->size(), report);
     create(write, strings);
     return genContent(write, TEXT);
 }
