@@ -55,6 +55,8 @@ public:
     std::string info();
     std::string contentInfo();
     Content* debugCreate();
+    // The same, with the differing fields reported on `report` instead of
+    // std::cerr, so that entries can be verified side by side.
     Content* debugCreate(std::ostream& report);
     void write(std::string path);
     AbstractContent* gen(std::string name, char* data, unsigned int size);

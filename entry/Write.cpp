@@ -43,20 +43,20 @@ void Content::Write::debugAdd(std::string label, unsigned int is, unsigned int s
         return;
     mismatch = true;
     *report << "debug " << name << " - is " << std::setw(5) << is << ", should be " << std::setw(5) << shouldBe
-              << "  '" << label << "'\n";
-}
-
-void Content::Write::setDebug(std::string name, char* reference, unsigned int size, std::ostream& report)
-{
-    this->report = &report;
-    setDebug(std::move(name), reference, size);
+            << "  '" << label << "'\n";
 }
 
 void Content::Write::setDebug(std::string name, char* reference, unsigned int size)
 {
+    setDebug(std::move(name), reference, size, std::cerr);
+}
+
+void Content::Write::setDebug(std::string name, char* reference, unsigned int size, std::ostream& report)
+{
     this->name = std::move(name);
     this->reference = reference;
     expectedSize = size;
+    this->report = &report;
 }
 
 void Content::Write::clear()

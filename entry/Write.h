@@ -30,8 +30,9 @@ public:
     void add2(std::string label, unsigned short value);
     void add4(std::string label, unsigned int value);
     void debugAdd(std::string label, unsigned int is, unsigned int shouldBe);
-    void setDebug(std::string name, char* reference, unsigned int size, std::ostream& report);
     void setDebug(std::string name, char* reference, unsigned int size);
+    // The same, with differences reported on `report` instead of std::cerr.
+    void setDebug(std::string name, char* reference, unsigned int size, std::ostream& report);
     void clear();
     char* gen();
     unsigned int size();

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iostream>
 #include <memory>
 
 namespace zorv2 {
@@ -170,6 +171,11 @@ void Content::Cursor::create(Write& write, unsigned char* palette, unsigned char
                 write.add1("color", colors.find(pixel));
         }
     }
+}
+
+Content* Content::Cursor::createDebug(Content* content)
+{
+    return createDebug(content, std::cerr);
 }
 
 Content* Content::Cursor::createDebug(Content* content, std::ostream& report)

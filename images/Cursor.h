@@ -4,7 +4,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Write.h"
 
-#include <ostream>
+#include <iosfwd>
 #include <string>
 
 namespace zorv2 {
@@ -28,6 +28,7 @@ public:
     static Content* create(unsigned char* palette, unsigned char** frames);
     static Content* create(unsigned char* palette, Content* content);
     static void create(Write& write, unsigned char* palette, unsigned char** frames, unsigned char* search);
+    static Content* createDebug(Content* content);
     static Content* createDebug(Content* content, std::ostream& report);
 
 private:

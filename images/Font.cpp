@@ -4,6 +4,7 @@
 #include "images/PixelLayout.h"
 
 #include <algorithm>
+#include <iostream>
 #include <memory>
 
 namespace zorv2 {
@@ -222,6 +223,11 @@ void Content::Font::create(Write& write, std::vector<Write>& glyphWrites, unsign
         write.add4("offsets", 0, false);
     for (unsigned int i = 0; i < GLYPH_COUNT; ++i)
         write.add(glyphWrites[i]);
+}
+
+Content* Content::Font::createDebug(Content* content)
+{
+    return createDebug(content, std::cerr);
 }
 
 Content* Content::Font::createDebug(Content* content, std::ostream& report)

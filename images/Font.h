@@ -4,7 +4,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Write.h"
 
-#include <ostream>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -29,6 +29,7 @@ public:
                            unsigned char** glyphs);
     static void create(Write& write, std::vector<Write>& glyphWrites, unsigned char* palette,
                        unsigned short* heights, unsigned char* widths, unsigned char** glyphs);
+    static Content* createDebug(Content* content);
     static Content* createDebug(Content* content, std::ostream& report);
 
 private:

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iomanip>
+#include <iostream>
 #include <memory>
 #include <sstream>
 #include <stdexcept>
@@ -941,6 +942,11 @@ Content* Content::Graphic::create(unsigned char* palette, Content* content)
 {
     Graphic* source = content->graphic();
     return create(palette, source->paletteOffset(), source->paletteSize(), content);
+}
+
+Content* Content::Graphic::createDebug(Content* content)
+{
+    return createDebug(content, std::cerr);
 }
 
 Content* Content::Graphic::createDebug(Content* content, std::ostream& report)

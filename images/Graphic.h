@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <ostream>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -69,6 +69,7 @@ public:
                        unsigned short frameCount, unsigned char clearOnce, unsigned char clearMod,
                        unsigned char* internalPalette, unsigned short palOffset, unsigned short palSize,
                        unsigned short flags);
+    static Content* createDebug(Content* content);
     static Content* createDebug(Content* content, std::ostream& report);
     static bool isTransparent(unsigned int pixel, unsigned char** frames, unsigned int frame,
                               unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod,

@@ -1,6 +1,7 @@
 #include "kinds/Empty.h"
 
 #include <algorithm>
+#include <iostream>
 
 namespace zorv2 {
 namespace Lbx {
@@ -49,6 +50,11 @@ Content* Content::Empty::create(Write& write, bool marker)
         write.add(&text[0], MARKER_SIZE);
     }
     return genContent(write, EMPTY);
+}
+
+Content* Content::Empty::createDebug(Content* content)
+{
+    return createDebug(content, std::cerr);
 }
 
 Content* Content::Empty::createDebug(Content* content, std::ostream& report)

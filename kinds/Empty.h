@@ -4,7 +4,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Write.h"
 
-#include <ostream>
+#include <iosfwd>
 #include <string>
 
 namespace zorv2 {
@@ -20,6 +20,7 @@ public:
     static Content* create();
     static Content* create(bool marker);
     static Content* create(Write& write, bool marker);
+    static Content* createDebug(Content* content);
     static Content* createDebug(Content* content, std::ostream& report);
 };
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
+#include <iostream>
 
 namespace zorv2 {
 namespace Lbx {
@@ -150,6 +151,11 @@ std::size_t Content::Text::addHeader(Write& write, const std::vector<std::string
     write.add2("nr", static_cast<unsigned short>(strings.size()));
     write.add2("textsize", static_cast<unsigned short>(textsize));
     return textsize;
+}
+
+Content* Content::Text::createDebug(Content* content)
+{
+    return createDebug(content, std::cerr);
 }
 
 Content* Content::Text::createDebug(Content* content, std::ostream& report)

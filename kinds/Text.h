@@ -4,7 +4,7 @@
 #include "entry/AbstractContent.h"
 #include "entry/Write.h"
 
-#include <ostream>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -26,6 +26,7 @@ public:
 
     static Content* create(std::vector<std::string>& strings);
     static void create(Write& write, std::vector<std::string>& strings);
+    static Content* createDebug(Content* content);
     static Content* createDebug(Content* content, std::ostream& report);
 
 private:

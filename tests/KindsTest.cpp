@@ -1,6 +1,7 @@
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
 #include "tests/support/Fixtures.h"
+#include "tests/support/Verdict.h"
 
 #include <gtest/gtest.h>
 
@@ -165,6 +166,9 @@ TEST(Text, DebugCreateReproducesCanonicalTablesAndReportsDifferences)
                   }),
                   c.failure);
         EXPECT_EQ(testing::internal::GetCapturedStderr(), c.report);
+        const fixtures::Verdict verdict = fixtures::verdictOf(*stored);
+        EXPECT_EQ(verdict.failure, c.failure);
+        EXPECT_EQ(verdict.report, c.report);
     }
 }
 

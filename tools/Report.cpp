@@ -6,7 +6,6 @@
 #include <iostream>
 #include <mutex>
 #include <set>
-#include <sstream>
 #include <unistd.h>
 
 namespace lbxtool {
@@ -16,17 +15,17 @@ namespace {
 // The transcript that this thread's lines go into; none: straight to stderr.
 thread_local Transcript* capturing = nullptr;
 
-// Held while anything goes to std::cerr, and while std::cerr is lent out.
-std::recursive_mutex& errorStream()
+// Held while anything goes to std::cerr.
+std::mutex& errorStream()
 {
-    static std::recursive_mutex turn;
+    static std::mutex turn;
     return turn;
 }
 
 void sayNow(bool warning, const std::string& text)
 {
     static std::set<std::string> said;
-    const std::lock_guard<std::recursive_mutex> turn(errorStream());
+    const std::lock_guard<std::mutex> turn(errorStream());
     if (!warning)
         std::cerr << text;
     else if (said.insert(text).second)
@@ -40,23 +39,6 @@ void sayInTurn(bool warning, std::string text)
     else
         sayNow(warning, text);
 }
-
-// Puts std::cerr back however the run ends.
-class RedirectedErrors {
-public:
-    explicit RedirectedErrors(std::streambuf* to) : saved(std::cerr.rdbuf(to)), tied(std::cerr.tie(nullptr)) {}
-    ~RedirectedErrors()
-    {
-        std::cerr.rdbuf(saved);
-        std::cerr.tie(tied);
-    }
-    RedirectedErrors(const RedirectedErrors&) = delete;
-    RedirectedErrors& operator=(const RedirectedErrors&) = delete;
-
-private:
-    std::streambuf* saved;
-    std::ostream* tied;
-};
 
 } // namespace
 
@@ -91,23 +73,10 @@ Capture::~Capture()
     capturing = outer;
 }
 
-void withLibraryReport(bool keep, const std::function<void()>& run)
+void relay(const std::string& lines)
 {
-    std::ostringstream report;
-    std::exception_ptr failure;
-    {
-        const std::lock_guard<std::recursive_mutex> turn(errorStream());
-        const RedirectedErrors redirected(report.rdbuf());
-        try {
-            run();
-        } catch (...) {
-            failure = std::current_exception();
-        }
-    }
-    if (keep && !report.str().empty())
-        sayInTurn(false, report.str());
-    if (failure)
-        std::rethrow_exception(failure);
+    if (!lines.empty())
+        sayInTurn(false, lines);
 }
 
 std::string unreadableReason(const std::string& path)

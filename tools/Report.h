@@ -1,7 +1,6 @@
 #ifndef ZORV2_LBX_TOOLS_REPORT_H
 #define ZORV2_LBX_TOOLS_REPORT_H
 
-#include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -50,11 +49,9 @@ private:
     Transcript* outer;
 };
 
-// Runs `run`, whose calls into the library's verifying mode report each
-// differing field on std::cerr. Those lines are said like this thread's own
-// when `keep`, and dropped otherwise. The process has one std::cerr: such
-// runs take turns with each other and with every line the tool says.
-void withLibraryReport(bool keep, const std::function<void()>& run);
+// Says `lines` on stderr as they stand, in this thread's turn: what the
+// library's verifying mode reported.
+void relay(const std::string& lines);
 
 // The system's reason why `path` cannot be opened for reading, such as
 // "No such file or directory"; empty when it can be.
