@@ -3,7 +3,6 @@
 #include "tools/Report.h"
 
 #include <algorithm>
-#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -17,11 +16,28 @@ struct Slot {
     bool done = false;
 };
 
+// Workers compute at most this many tasks each ahead of the one delivered
+// next: what they make waits in memory for its turn, and when delivering is
+// the slower part (export writes a file at a time) they would otherwise
+// hold a whole set of archives' output, and take the core that delivering
+// needs.
+constexpr std::size_t LEAD_PER_WORKER = 4;
+
+// What the workers of one run and the calling thread share.
+struct Progress {
+    std::mutex mutex;
+    std::condition_variable computed; // a task is done
+    std::condition_variable room;     // a task was delivered, or the run stops
+    std::size_t taken = 0;            // in the order of taking
+    std::size_t delivered = 0;
+    bool stopping = false;
+};
+
 // The workers of one run; however the run ends, they are told to stop and
 // are waited for before anything they use goes away.
 class Crew {
 public:
-    Crew(std::size_t size, const std::function<void()>& work, std::atomic<bool>& stopping) : stopping(stopping)
+    Crew(std::size_t size, const std::function<void()>& work, Progress& progress) : progress(progress)
     {
         try {
             for (std::size_t i = 0; i < size; ++i)
@@ -43,12 +59,16 @@ public:
 private:
     void stop()
     {
-        stopping = true;
+        {
+            const std::lock_guard<std::mutex> lock(progress.mutex);
+            progress.stopping = true;
+        }
+        progress.room.notify_all();
         for (std::thread& thread : threads)
             thread.join();
     }
 
-    std::atomic<bool>& stopping;
+    Progress& progress;
     std::vector<std::thread> threads;
 };
 
@@ -85,33 +105,44 @@ void inOrder(unsigned int jobs, std::size_t count, const std::function<void(std:
         return;
     }
 
-    std::mutex mutex;
-    std::condition_variable finished;
-    std::atomic<std::size_t> next{0};
-    std::atomic<bool> stopping{false};
+    const std::size_t lead = workers * LEAD_PER_WORKER;
+    Progress progress;
     // A task once taken is done, even when the run stops: a later task may
     // wait for an earlier one.
     const auto work = [&] {
-        while (!stopping) {
-            const std::size_t taken = next++;
-            if (taken >= count)
-                return;
+        for (;;) {
+            std::size_t taken;
+            {
+                std::unique_lock<std::mutex> lock(progress.mutex);
+                progress.room.wait(lock, [&] {
+                    return progress.stopping || progress.taken == count ||
+                           progress.taken < progress.delivered + lead;
+                });
+                if (progress.stopping || progress.taken == count)
+                    return;
+                taken = progress.taken++;
+            }
             const std::size_t i = order.empty() ? taken : order[taken];
             computeInto(i);
             {
-                const std::lock_guard<std::mutex> lock(mutex);
+                const std::lock_guard<std::mutex> lock(progress.mutex);
                 slots[i].done = true;
             }
-            finished.notify_all();
+            progress.computed.notify_all();
         }
     };
-    const Crew crew(workers, work, stopping);
+    const Crew crew(workers, work, progress);
     for (std::size_t i = 0; i < count; ++i) {
         {
-            std::unique_lock<std::mutex> lock(mutex);
-            finished.wait(lock, [&] { return slots[i].done; });
+            std::unique_lock<std::mutex> lock(progress.mutex);
+            progress.computed.wait(lock, [&] { return slots[i].done; });
         }
         deliverFrom(i);
+        {
+            const std::lock_guard<std::mutex> lock(progress.mutex);
+            ++progress.delivered;
+        }
+        progress.room.notify_all();
     }
 }
 

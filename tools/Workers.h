@@ -32,7 +32,9 @@ struct Outcome {
 // on the calling thread, but with compute running on up to `jobs` workers
 // (0: one a core), taken in `order` (a permutation of 0 .. count - 1; empty:
 // in index order); a compute may wait for one that comes before it in both
-// orders. Deliver says what the compute said, unless it drops it.
+// orders. The workers keep no more than a few tasks each ahead of the
+// deliveries, so `order` may take a task no more than one place later than
+// its index. Deliver says what the compute said, unless it drops it.
 // An exception from deliver ends the run: no later deliver is called, and it
 // comes out here once the workers have stopped. With one worker everything
 // runs on the calling thread.

@@ -119,6 +119,29 @@ TEST(Workers, AFailedDeliveryStopsTheRunAndNoLaterOneIsMade)
     }
 }
 
+// When delivering is the slow part, the workers wait for it instead of
+// computing everything at once and holding it all.
+TEST(Workers, StayAFewTasksAheadOfTheDeliveries)
+{
+    for (const unsigned int jobs : {2u, 4u}) {
+        std::atomic<std::size_t> computed{0}, delivered{0}, mostAhead{0};
+        inOrder(
+            jobs, TASKS,
+            [&](std::size_t) {
+                const std::size_t ahead = ++computed - delivered;
+                std::size_t most = mostAhead;
+                while (ahead > most && !mostAhead.compare_exchange_weak(most, ahead)) {
+                }
+            },
+            [&](std::size_t, const Outcome&) {
+                std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                ++delivered;
+            });
+        EXPECT_GT(mostAhead, 1u) << jobs;
+        EXPECT_LE(mostAhead, 4u * jobs) << jobs;
+    }
+}
+
 // Warnings are said once a run of the tool, so each round has its own.
 TEST(Workers, WarningsAndErrorsOfTasksComeOutInTaskOrderAndEachWarningOnce)
 {
