@@ -3,18 +3,17 @@
 
 #include "images/Cursor.h"
 #include "images/Graphic.h"
-#include "tools/Commands.h"
-#include "tools/Export.h"
-#include "tools/Modding.h"
-#include "tools/Report.h"
 
 #include <benchmark/benchmark.h>
 
+#include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
-#include <functional>
-#include <iostream>
-#include <sstream>
+#include <iterator>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace bench {
 
@@ -80,23 +79,46 @@ private:
     std::string path;
 };
 
-// Runs a command of the tool with what it prints kept out of the table;
-// throws what it printed when it fails.
-void runQuietly(const std::function<int()>& command)
+// Runs the lbx tool itself, as a modder does, with what it prints kept out
+// of the table: in-process it would lack what its main() sets up, such as
+// the way it keeps freed memory. Throws what it said on stderr when it fails.
+void runTool(const std::vector<std::string>& arguments, const std::string& said)
 {
-    std::ostringstream printed;
-    std::streambuf* out = std::cout.rdbuf(printed.rdbuf());
-    std::streambuf* err = std::cerr.rdbuf(printed.rdbuf());
-    int status = lbxtool::EXIT_FAILED;
-    try {
-        status = command();
-    } catch (const std::exception& e) {
-        printed << e.what();
+    std::vector<std::string> command{LBX_COMMAND};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    std::vector<char*> argv;
+    for (std::string& argument : command)
+        argv.push_back(argument.data());
+    argv.push_back(nullptr);
+
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, STDERR_FILENO, said.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+    pid_t child;
+    const int spawned = posix_spawn(&child, argv[0], &actions, nullptr, argv.data(), environ);
+    posix_spawn_file_actions_destroy(&actions);
+    if (spawned != 0)
+        throw std::runtime_error(std::string("cannot run " LBX_COMMAND ": ") + std::strerror(spawned));
+    int status = 0;
+    waitpid(child, &status, 0);
+    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
+        std::ifstream in(said);
+        throw std::runtime_error("lbx failed: " + std::string(std::istreambuf_iterator<char>(in), {}));
     }
-    std::cout.rdbuf(out);
-    std::cerr.rdbuf(err);
-    if (status != lbxtool::EXIT_DONE)
-        throw std::runtime_error("lbx failed: " + printed.str());
+}
+
+std::vector<std::string> jobsArguments(unsigned int jobs)
+{
+    if (jobs == ALL_JOBS)
+        return {};
+    return {"-j", std::to_string(jobs)};
+}
+
+std::vector<std::string> operator+(std::vector<std::string> first, const std::vector<std::string>& then)
+{
+    first.insert(first.end(), then.begin(), then.end());
+    return first;
 }
 
 // The mixed archive, and the set of copies of it, written on first use.
@@ -120,12 +142,8 @@ public:
     std::vector<std::string> unpacked(unsigned int count)
     {
         const std::string folder = path("unpacked-" + std::to_string(count));
-        if (!fs::exists(folder)) {
-            lbxtool::UnpackOptions options;
-            options.archives = inputs(count);
-            options.folder = folder;
-            runQuietly([&] { return lbxtool::unpack(options); });
-        }
+        if (!fs::exists(folder))
+            runTool(std::vector<std::string>{"unpack", "-o", folder} + inputs(count), said());
         std::vector<std::string> folders;
         for (const std::string& input : inputs(count))
             folders.push_back(folder + "/" + fs::path(input).stem().string());
@@ -133,6 +151,9 @@ public:
     }
 
     std::string path(const std::string& name) const { return archives->folder().path(name); }
+
+    // Where the tool's stderr goes, to be shown when it fails.
+    std::string said() const { return path("said.txt"); }
 
     const Archive& archive() { return archives->get(FULL_ARCHIVE); }
 
@@ -153,28 +174,16 @@ void runCommand(ToolWorkloads& work, const std::string& command, unsigned int jo
                 const std::string& out)
 {
     const std::vector<std::string> inputs = work.inputs(count);
-    if (command == "export") {
-        lbxtool::ExportOptions options;
-        options.archives = inputs;
-        options.folder = out;
-        options.jobs = jobs;
-        runQuietly([&] { return lbxtool::exportEntries(options); });
-    } else if (command == "unpack") {
-        lbxtool::UnpackOptions options;
-        options.archives = inputs;
-        options.folder = out;
-        options.jobs = jobs;
-        runQuietly([&] { return lbxtool::unpack(options); });
-    } else if (command == "pack") {
-        for (const std::string& folder : work.unpacked(count)) {
-            lbxtool::PackOptions options;
-            options.folder = folder;
-            options.output = out + "/" + fs::path(folder).filename().string() + ".LBX";
-            options.jobs = jobs;
-            runQuietly([&] { return lbxtool::pack(options); });
-        }
+    const std::vector<std::string> jobsSet = jobsArguments(jobs);
+    if (command == "pack") {
+        for (const std::string& folder : work.unpacked(count))
+            runTool(std::vector<std::string>{"pack", folder, "-o", out + "/" + fs::path(folder).filename().string() + ".LBX"} +
+                        jobsSet,
+                    work.said());
+    } else if (command == "verify") {
+        runTool(std::vector<std::string>{"verify"} + jobsSet + inputs, work.said());
     } else {
-        runQuietly([&] { return lbxtool::verify(inputs, false, jobs); });
+        runTool(std::vector<std::string>{command, "-o", out} + jobsSet + inputs, work.said());
     }
 }
 

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
+#include <optional>
 #include <thread>
 
 namespace lbxtool {
@@ -107,35 +108,59 @@ void inOrder(unsigned int jobs, std::size_t count, const std::function<void(std:
 
     const std::size_t lead = workers * LEAD_PER_WORKER;
     Progress progress;
+    // The next task in the order of taking, if one may be taken now.
+    const auto take = [&](std::unique_lock<std::mutex>&) -> std::optional<std::size_t> {
+        if (progress.stopping || progress.taken == count || progress.taken >= progress.delivered + lead)
+            return std::nullopt;
+        const std::size_t taken = progress.taken++;
+        return order.empty() ? taken : order[taken];
+    };
+    const auto computeTaken = [&](std::size_t i) {
+        computeInto(i);
+        bool awaited;
+        {
+            const std::lock_guard<std::mutex> lock(progress.mutex);
+            slots[i].done = true;
+            awaited = i == progress.delivered;
+        }
+        // The calling thread waits for no other task, and takes those done
+        // after it without waiting.
+        if (awaited)
+            progress.computed.notify_one();
+    };
     // A task once taken is done, even when the run stops: a later task may
     // wait for an earlier one.
     const auto work = [&] {
         for (;;) {
-            std::size_t taken;
+            std::optional<std::size_t> task;
             {
                 std::unique_lock<std::mutex> lock(progress.mutex);
                 progress.room.wait(lock, [&] {
                     return progress.stopping || progress.taken == count ||
                            progress.taken < progress.delivered + lead;
                 });
-                if (progress.stopping || progress.taken == count)
-                    return;
-                taken = progress.taken++;
+                task = take(lock);
             }
-            const std::size_t i = order.empty() ? taken : order[taken];
-            computeInto(i);
-            {
-                const std::lock_guard<std::mutex> lock(progress.mutex);
-                slots[i].done = true;
-            }
-            progress.computed.notify_all();
+            if (!task)
+                return;
+            computeTaken(*task);
         }
     };
-    const Crew crew(workers, work, progress);
+    // The calling thread is one of the workers: it computes while the task
+    // it delivers next is not done, and there is one to take.
+    const Crew crew(workers - 1, work, progress);
     for (std::size_t i = 0; i < count; ++i) {
-        {
+        for (;;) {
             std::unique_lock<std::mutex> lock(progress.mutex);
+            if (slots[i].done)
+                break;
+            if (const std::optional<std::size_t> task = take(lock)) {
+                lock.unlock();
+                computeTaken(*task);
+                continue;
+            }
             progress.computed.wait(lock, [&] { return slots[i].done; });
+            break;
         }
         deliverFrom(i);
         {

@@ -36,8 +36,8 @@ struct Outcome {
 // deliveries, so `order` may take a task no more than one place later than
 // its index. Deliver says what the compute said, unless it drops it.
 // An exception from deliver ends the run: no later deliver is called, and it
-// comes out here once the workers have stopped. With one worker everything
-// runs on the calling thread.
+// comes out here once the workers have stopped. The calling thread is one
+// of the workers; with one, everything runs on it.
 void inOrder(unsigned int jobs, std::size_t count, const std::function<void(std::size_t)>& compute,
              const std::function<void(std::size_t, const Outcome&)>& deliver,
              const std::vector<std::size_t>& order = {});
