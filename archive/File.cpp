@@ -4,6 +4,8 @@
 #include "entry/Write.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 
@@ -198,6 +200,10 @@ void File::replace(unsigned int index, Content* content)
 void File::write(std::string path)
 {
     Content::Write image;
+    std::uint64_t imageSize = HEADER_AREA_SIZE;
+    for (Content* entry : entries)
+        imageSize += entry->size();
+    image.reserve(static_cast<unsigned int>(std::min<std::uint64_t>(imageSize, std::numeric_limits<unsigned int>::max())));
     image.add2("size", static_cast<unsigned short>(entries.size()));
     image.add4("signature?", SIGNATURE);
     image.add2("version?", 0);

@@ -64,6 +64,11 @@ void Content::Write::clear()
     bytes.clear();
 }
 
+void Content::Write::reserve(unsigned int size)
+{
+    bytes.reserve(size);
+}
+
 void Content::Write::finalCheck()
 {
     if (reference) {
@@ -86,10 +91,12 @@ unsigned int Content::Write::size()
     return static_cast<unsigned int>(bytes.size());
 }
 
+// The block that gen would hand over is written as it stands, without the
+// copy that gen makes for its caller.
 void Content::Write::write(std::string path)
 {
-    std::unique_ptr<char[]> block(gen());
-    write(std::move(path), block.get(), size());
+    finalCheck();
+    write(std::move(path), bytes.data(), size());
 }
 
 void Content::Write::write(std::string path, char* data, unsigned int size)

@@ -34,6 +34,9 @@ public:
     // The same, with differences reported on `report` instead of std::cerr.
     void setDebug(std::string name, char* reference, unsigned int size, std::ostream& report);
     void clear();
+    // Room for a block of `size` bytes, so that building a large one copies
+    // nothing on the way.
+    void reserve(unsigned int size);
     char* gen();
     unsigned int size();
     void write(std::string path);

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <sstream>
 
 using zorv2::Lbx::Content;
 using namespace fixtures;
@@ -147,4 +148,22 @@ TEST(Write, WritesFilesAndRefusesUnwritablePaths)
 
     const std::string missing = dir.path("no/such/dir/out.bin");
     EXPECT_EQ(thrownBy([&] { write.write(missing); }), "could not write to " + missing);
+
+    // Room made ahead changes nothing that is written.
+    Content::Write reserved;
+    reserved.reserve(1 << 20);
+    reserved.add4("value", 0x64636261);
+    EXPECT_EQ(reserved.size(), 4u);
+    reserved.write(path);
+    EXPECT_EQ(readFile(path), "abcd");
+
+    // A block that gen would refuse is not written either: the file stays.
+    std::string reference = "\x01";
+    Content::Write differing;
+    std::ostringstream report;
+    differing.setDebug("text", reference.data(), 1, report);
+    differing.add1("nr", 2);
+    EXPECT_EQ(thrownBy([&] { differing.write(path); }), "debug text");
+    EXPECT_EQ(readFile(path), "abcd");
+    EXPECT_EQ(report.str(), "debug text - is     2, should be     1  'nr'\n");
 }
