@@ -108,9 +108,13 @@ void inOrder(unsigned int jobs, std::size_t count, const std::function<void(std:
 
     const std::size_t lead = workers * LEAD_PER_WORKER;
     Progress progress;
+    // Under the lock: whether no more tasks will be taken, and whether the
+    // workers may take one more ahead of the deliveries.
+    const auto over = [&] { return progress.stopping || progress.taken == count; };
+    const auto roomAhead = [&] { return progress.taken < progress.delivered + lead; };
     // The next task in the order of taking, if one may be taken now.
     const auto take = [&](std::unique_lock<std::mutex>&) -> std::optional<std::size_t> {
-        if (progress.stopping || progress.taken == count || progress.taken >= progress.delivered + lead)
+        if (over() || !roomAhead())
             return std::nullopt;
         const std::size_t taken = progress.taken++;
         return order.empty() ? taken : order[taken];
@@ -135,10 +139,7 @@ void inOrder(unsigned int jobs, std::size_t count, const std::function<void(std:
             std::optional<std::size_t> task;
             {
                 std::unique_lock<std::mutex> lock(progress.mutex);
-                progress.room.wait(lock, [&] {
-                    return progress.stopping || progress.taken == count ||
-                           progress.taken < progress.delivered + lead;
-                });
+                progress.room.wait(lock, [&] { return over() || roomAhead(); });
                 task = take(lock);
             }
             if (!task)
