@@ -6,22 +6,23 @@
 #include "archive/File.h"
 #include "entry/Content.h"
 #include "images/Cursor.h"
-#include "images/Font.h"
 #include "images/Graphic.h"
-#include "kinds/Text.h"
-#include "tools/Commands.h"
-#include "tools/GlyphSheet.h"
-#include "tools/PaletteSource.h"
-#include "tools/Inputs.h"
-#include "tools/Paths.h"
-#include "tools/Pictures.h"
-#include "tools/TextEscape.h"
+#include "tools/modding/EntryView.h"
+#include "tools/modding/Files.h"
+#include "tools/modding/Listing.h"
+#include "tools/modding/Names.h"
+#include "tools/modding/PaletteSource.h"
+#include "tools/modding/Shapes.h"
+#include "tools/modding/Sheets.h"
+#include "tools/modding/TextEscape.h"
 
 #include <emscripten/bind.h>
 #include <emscripten/val.h>
 
+#include <iostream>
 #include <map>
 #include <memory>
+#include <set>
 
 using emscripten::val;
 using namespace lbxtool;
@@ -33,12 +34,37 @@ val bytesView(const unsigned char* bytes, std::size_t size)
     return val(emscripten::typed_memory_view(size, bytes));
 }
 
-val swatch(unsigned int first, const unsigned char* rgba, unsigned int count)
+// A copy that stays when the library's memory moves or goes.
+val bytesCopy(const unsigned char* bytes, std::size_t size)
+{
+    return bytesView(bytes, size).call<val>("slice");
+}
+
+val swatch(const Swatch& palette)
 {
     val shown = val::object();
-    shown.set("first", first);
-    shown.set("rgba", bytesView(rgba, std::size_t(count) * PIXEL_SIZE));
+    shown.set("first", palette.first);
+    shown.set("rgba", bytesCopy(palette.rgba.data(), palette.rgba.size()));
     return shown;
+}
+
+// Warnings in the browser's console, each once, as the command line says them.
+class ConsoleWarnings : public Warnings {
+public:
+    void warn(const std::string& message) override
+    {
+        if (said.insert(message).second)
+            std::cerr << "lbx: warning: " << message << '\n';
+    }
+
+private:
+    std::set<std::string> said;
+};
+
+ConsoleWarnings& consoleWarnings()
+{
+    static ConsoleWarnings warnings;
+    return warnings;
 }
 
 } // namespace
@@ -61,7 +87,7 @@ public:
     // The archive's name as it stands in the names of files made from it.
     std::string stem() const { return safeStem(path); }
     unsigned int size() const { return file ? file->size() : 0; }
-    std::string listing() { return file ? lbxtool::listing(path, *file) : ""; }
+    std::string listing() { return file ? lbxtool::listing(path, *file, consoleWarnings()) : ""; }
 
     // Archives opened after this one may hold its palette sources.
     void forgetPalettes()
@@ -81,13 +107,18 @@ public:
             shown.set("kind", entry->typeStr());
             shown.set("info", entry->info());
             shown.set("file", entryFileName(safeStem(path), index, entrySuffix(entry)));
-            switch (entry->type()) {
-            case Content::GRAPHIC: graphic(index, entry->graphic(), shown); break;
-            case Content::CURSOR: cursor(entry->cursor(), shown); break;
-            case Content::FONT: font(entry->font(), shown); break;
-            case Content::TEXT: text(entry->text(), shown); break;
-            default: break;
-            }
+            const unsigned char* palette = entry->type() == Content::GRAPHIC ? drawable(index, entry->graphic()) : nullptr;
+            const EntryView view = viewOf(*file, path, index, palette);
+            if (entry->type() == Content::GRAPHIC || entry->type() == Content::CURSOR)
+                animation(view, shown);
+            if (entry->type() == Content::GRAPHIC)
+                shown.set("delta", view.delta);
+            if (entry->type() == Content::CURSOR || (palette != nullptr && entry->graphic()->hasPalette()))
+                shown.set("palette", swatch(view.palette));
+            if (entry->type() == Content::FONT)
+                shown.set("fonts", fonts(view));
+            if (entry->type() == Content::TEXT)
+                shown.set("rows", rows(view));
         } catch (const std::exception& e) {
             shown.set("error", std::string(e.what()));
         }
@@ -144,57 +175,45 @@ private:
         return file->at(index);
     }
 
-    void graphic(unsigned int index, Content::Graphic* graphic, val& shown)
+    // The graphic's colours, once its first frame is known to decode: the
+    // library's own message if it will not.
+    unsigned char* drawable(unsigned int index, Content::Graphic* graphic)
     {
         unsigned char* palette = coloured(index, graphic);
-        const bool pixels = graphic->width() != 0 && graphic->height() != 0;
-        if (pixels && graphic->frames() > 0)
-            graphic->frame(0); // the library's own message if it will not decode
-        shown.set("width", graphic->width());
-        shown.set("height", graphic->height());
-        shown.set("frames", pixels ? graphic->frames() : 0);
-        shown.set("loop", graphic->hasFlag(Content::Graphic::LOOP));
-        bool delta = false;
-        for (unsigned int f = 1; f < graphic->frames(); ++f)
-            delta = delta || !graphic->isClear(f);
-        shown.set("delta", delta);
-        if (graphic->hasPalette()) {
-            const unsigned int first = std::min<unsigned int>(graphic->paletteOffset(), COLORS);
-            const unsigned int end = std::min<unsigned int>(first + graphic->paletteSize(), COLORS);
-            shown.set("palette", swatch(first, palette + first * PIXEL_SIZE, end - first));
-        }
+        if (graphic->width() != 0 && graphic->height() != 0 && graphic->frames() > 0)
+            graphic->frame(0);
+        return palette;
     }
 
-    void cursor(Content::Cursor* cursor, val& shown)
+    static void animation(const EntryView& view, val& shown)
     {
-        shown.set("width", CURSOR_SIDE);
-        shown.set("height", CURSOR_SIDE);
-        shown.set("frames", CURSOR_FRAMES);
-        shown.set("loop", true);
-        shown.set("palette", swatch(0, cursor->palette(), COLORS));
+        shown.set("width", view.width);
+        shown.set("height", view.height);
+        shown.set("frames", view.frames);
+        shown.set("loop", view.loop);
     }
 
-    void font(Content::Font* font, val& shown)
+    static val fonts(const EntryView& view)
     {
         val fonts = val::array();
-        for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f) {
+        for (const FontFace& font : view.fonts) {
             val face = val::object();
-            face.set("height", font->height(f));
+            face.set("height", font.height);
             val widths = val::array();
-            for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g)
-                widths.call<void>("push", font->width(f, g));
+            for (const unsigned int width : font.widths)
+                widths.call<void>("push", width);
             face.set("widths", widths);
             fonts.call<void>("push", face);
         }
-        shown.set("fonts", fonts);
+        return fonts;
     }
 
-    void text(Content::Text* table, val& shown)
+    static val rows(const EntryView& view)
     {
         val rows = val::array();
-        for (unsigned int i = 0; i < table->size(); ++i)
-            rows.call<void>("push", escapeText(table->get(i)));
-        shown.set("rows", rows);
+        for (const std::string& record : view.rows)
+            rows.call<void>("push", escapeText(record));
+        return rows;
     }
 
     // The graphic's palette as `lbx export` resolves it, made once and kept
@@ -204,7 +223,7 @@ private:
         auto found = palettes.find(index);
         if (found == palettes.end()) {
             if (!sources)
-                sources = std::make_unique<PaletteSource>(*file, "");
+                sources = std::make_unique<PaletteSource>(*file, "", files, consoleWarnings());
             found = palettes.emplace(index, sources->forGraphic(index)).first;
             graphic->setPalette(found->second.get());
         }
@@ -213,6 +232,7 @@ private:
 
     std::string path;
     std::string problem;
+    PlainFiles files;
     std::unique_ptr<File> file;
     std::unique_ptr<PaletteSource> sources;
     std::map<unsigned int, PaletteArray> palettes;

@@ -4,8 +4,9 @@
 // transparent pixels count as four zero bytes.
 #include "images/Cursor.h"
 #include "images/Graphic.h"
-#include "tools/PaletteSource.h"
-#include "tools/Pictures.h"
+#include "tools/modding/Files.h"
+#include "tools/modding/PaletteSource.h"
+#include "tools/modding/Shapes.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -26,13 +27,21 @@ void print(const std::string& archive, unsigned int index, unsigned int frame, c
     std::printf("%s %u %u %08x\n", archive.c_str(), index, frame, hash);
 }
 
+// Warnings go to stderr, apart from the lines this prints.
+class ToStderr : public Warnings {
+public:
+    void warn(const std::string& message) override { std::fprintf(stderr, "warning: %s\n", message.c_str()); }
+};
+
 } // namespace
 
 int main(int argc, char** argv)
 {
+    PlainFiles files;
+    ToStderr warnings;
     for (int a = 1; a < argc; ++a) {
         File archive(argv[a]);
-        PaletteSource palettes(archive, "");
+        PaletteSource palettes(archive, "", files, warnings);
         for (unsigned int i = 0; i < archive.size(); ++i) {
             if (archive[i]->type() == Content::CURSOR) {
                 for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)

@@ -2,10 +2,9 @@
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
 #include "tests/support/Fixtures.h"
-#include "tools/Export.h"
-#include "tools/Gallery.h"
-#include "tools/Png.h"
-#include "tools/Sample.h"
+#include "tests/tool/ToolRun.h"
+#include "tools/modding/Files.h"
+#include "tools/render/Gallery.h"
 
 #include <gtest/gtest.h>
 
@@ -16,6 +15,7 @@ using zorv2::Lbx::Content;
 using zorv2::Lbx::File;
 using namespace fixtures;
 using namespace lbxtool;
+using toolrun::decodePng;
 
 namespace {
 
@@ -27,9 +27,9 @@ bool contains(const std::string& text, const std::string& part)
 GalleryEntry entry(unsigned int index, const std::string& kind)
 {
     GalleryEntry shown;
-    shown.index = index;
-    shown.name = "T.LBX[" + std::to_string(index) + "]";
-    shown.kind = kind;
+    shown.view.index = index;
+    shown.view.name = "T.LBX[" + std::to_string(index) + "]";
+    shown.view.kind = kind;
     return shown;
 }
 
@@ -43,19 +43,13 @@ std::string withoutPageSymbols(std::string page)
     return page;
 }
 
-class GalleryPage : public testing::Test {
+class GalleryPage : public toolrun::Tool {
 protected:
     // The whole sample exported into one folder, as scripts/demo does.
     std::string exportedSample()
     {
-        EXPECT_EQ(sample(dir.path("sample"), false), 0);
-        for (const char* name : {"CONFIRM.LBX", "FONTS.LBX", "INBOX.LBX", "SPHERSFX.LBX", "STARNAME.LBX"}) {
-            ExportOptions options;
-            options.archives = {dir.path("sample/") + name};
-            options.folder = dir.path("out");
-            options.html = true;
-            EXPECT_EQ(exportEntries(options), 0) << name;
-        }
+        for (const std::string& archive : wholeSample())
+            EXPECT_EQ(lbx({"export", archive, "-o", dir.path("out"), "--html"}).status, 0) << archive;
         return readFile(dir.path("out/index.html"));
     }
 
@@ -66,7 +60,7 @@ protected:
         return begin == std::string::npos ? "" : page.substr(begin, page.find("</section>", begin) - begin);
     }
 
-    TempDir dir;
+    PlainFiles files;
 };
 
 } // namespace
@@ -77,7 +71,7 @@ TEST_F(GalleryPage, FoldsRunsOfEmptyEntriesInTheContentsAndTheBody)
     for (const auto& [index, kind] : std::vector<std::pair<unsigned int, std::string>>{
              {0, "font"}, {1, "empty"}, {2, "empty"}, {3, "empty"}, {5, "empty"}, {6, "text"}, {7, "empty"}})
         gallery.add(entry(index, kind));
-    const std::string page = readFile(gallery.write(dir.path("")));
+    const std::string page = readFile(gallery.write(dir.path(""), files));
     EXPECT_TRUE(contains(page, "<p>7 entries: 5 empty, 1 font, 1 text</p>"));
     EXPECT_TRUE(contains(page, "<li><a href=\"#T-1\">1\u20133</a> empty \u00d73</li>"));
     EXPECT_TRUE(contains(page, "<li><a href=\"#T-5\">5</a> empty</li>")); // 4 is missing: no run across it
@@ -93,9 +87,9 @@ TEST_F(GalleryPage, AnyBytesOfTextOrPathReachThePageEscapedAndAsValidUtf8)
     const std::string records[] = {"Sol", std::string("\xff<b>\n\0\\", 7), "caf\xc3\xa9", "\xc0\xaf\xed\xa0\x80"};
     Gallery gallery("/tmp/caf\xc3\xa9/\xe9t\xe9.lbx", "t_t");
     GalleryEntry table = entry(0, "text");
-    table.rows.assign(std::begin(records), std::end(records));
+    table.view.rows.assign(std::begin(records), std::end(records));
     gallery.add(table);
-    const std::string page = readFile(gallery.write(dir.path("")));
+    const std::string page = readFile(gallery.write(dir.path(""), files));
     EXPECT_TRUE(contains(page, "<h2 id=\"t_t\">\\xE9t\\xE9.lbx</h2>\n<p class=\"note\">/tmp/caf\xc3\xa9/\\xE9t\\xE9.lbx</p>"))
         << page;
     EXPECT_TRUE(contains(page, "<ol class=\"rows\" start=\"0\">\n<li>Sol</li>\n<li>\\xFF&lt;b&gt;\\n\\x00\\\\</li>\n"
@@ -141,7 +135,7 @@ TEST_F(GalleryPage, ShowsEachKindOfTheSampleWithWhatTheGameKnowsOfIt)
 TEST_F(GalleryPage, GlyphSheetsDrawEachGlyphsBoxInItsCell)
 {
     exportedSample();
-    const Image sheet = loadPng(dir.path("out/FONTS_000_font0.png"));
+    const Image sheet = decodePng(dir.path("out/FONTS_000_font0.png"));
     const unsigned width = sheet.width, height = sheet.height;
     const std::vector<unsigned char>& rgba = sheet.rgba;
     ASSERT_EQ(width, 16u * 7);
@@ -162,11 +156,7 @@ TEST_F(GalleryPage, AnEntryThatCannotBeDrawnIsShownWithItsReason)
     std::vector<unsigned char> widths(6 * 256, 4);
     std::unique_ptr<Content> font(Content::Font::create(nullptr, heights, widths.data(), nullptr));
     const std::string path = dir.file("tall.lbx", archive({bytesOf(font->data(), font->size())}));
-    ExportOptions options;
-    options.archives = {path};
-    options.folder = dir.path("out");
-    options.html = true;
-    EXPECT_EQ(exportEntries(options), 1);
+    EXPECT_EQ(lbx({"export", path, "-o", dir.path("out"), "--html"}).status, 1);
     const std::string page = readFile(dir.path("out/index.html"));
     EXPECT_TRUE(contains(page, "<p class=\"error\">font 1 is 300 lines high, too high to draw</p>")) << page;
     EXPECT_TRUE(contains(page, "<p>1 entry: 1 font</p>"));

@@ -2,8 +2,8 @@
 #include "images/Palette.h"
 #include "kinds/Text.h"
 #include "tests/tool/ToolRun.h"
-#include "tools/Manifest.h"
-#include "tools/Png.h"
+#include "tools/modding/Manifest.h"
+#include "tools/modding/Png.h"
 
 #include <nlohmann/json.hpp>
 

@@ -3,7 +3,8 @@
 
 #include "archive/File.h"
 #include "tests/support/Fixtures.h"
-#include "tools/Png.h"
+#include "tools/modding/Png.h"
+#include "tools/modding/Shapes.h"
 
 #include <gtest/gtest.h>
 
@@ -99,9 +100,11 @@ protected:
     fixtures::TempDir dir;
 };
 
-inline std::vector<unsigned char> decodePng(const std::string& path)
+// Any PNG as RGBA.
+inline lbxtool::Image decodePng(const std::string& path)
 {
-    return lbxtool::loadPng(path).rgba;
+    const lbxtool::Picture picture = lbxtool::readPicture(readFile(path), path);
+    return {picture.width, picture.height, lbxtool::rgbaOf(picture)};
 }
 
 inline void writePng(const std::string& path, const std::vector<unsigned char>& rgba, unsigned width, unsigned height)

@@ -3,7 +3,7 @@
 #include "images/Palette.h"
 #include "kinds/Text.h"
 #include "tests/tool/ToolRun.h"
-#include "tools/TextEscape.h"
+#include "tools/modding/TextEscape.h"
 
 #include <algorithm>
 #include <memory>
@@ -31,7 +31,7 @@ void expectFrames(Content::Graphic* graphic, const std::string& folder, const st
 {
     const std::size_t bytes = std::size_t(graphic->width()) * graphic->height() * 4;
     for (unsigned int f = 0; f < graphic->frames(); ++f)
-        EXPECT_EQ(decodePng(frameFile(folder, stem, f)),
+        EXPECT_EQ(decodePng(frameFile(folder, stem, f)).rgba,
                   std::vector<unsigned char>(graphic->frame(f), graphic->frame(f) + bytes))
             << stem << " frame " << f;
 }
@@ -114,7 +114,7 @@ TEST_F(Tool, ExportedFramesAreTheLibrarysFramesInTheGamesColours)
     }
     Content::Cursor* cursor = fonts[1]->cursor();
     for (unsigned int f = 0; f < 20; ++f)
-        EXPECT_EQ(decodePng(frameFile(out, "FONTS_001", f)),
+        EXPECT_EQ(decodePng(frameFile(out, "FONTS_001", f)).rgba,
                   std::vector<unsigned char>(cursor->get(f), cursor->get(f) + 24 * 24 * 4));
 
     EXPECT_EQ(readFile(out + "/STARNAME_000.txt"), "Sol\nVega\nRigel\nDeneb\nAltair\nMira\nPolaris\nSirius\n");

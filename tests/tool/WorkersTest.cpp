@@ -1,5 +1,5 @@
-#include "tools/Report.h"
-#include "tools/Workers.h"
+#include "tools/platform/Report.h"
+#include "tools/parallel/Workers.h"
 
 #include <gtest/gtest.h>
 

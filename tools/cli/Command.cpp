@@ -1,0 +1,83 @@
+#include "tools/cli/Command.h"
+
+#include "tools/modding/Files.h"
+#include "tools/modding/Names.h"
+#include "tools/modding/Store.h"
+#include "tools/platform/Inputs.h"
+#include "tools/platform/Report.h"
+
+namespace lbxtool {
+
+UsageError::UsageError(const std::string& message) : CLI::ParseError("UsageError", message, EXIT_USAGE) {}
+
+void define(CLI::App& command, int& status, std::function<int()> run)
+{
+    command.callback([&status, run]() {
+        try {
+            status = run();
+        } catch (const CLI::ParseError&) {
+            throw;
+        } catch (const std::exception& e) {
+            reportError(e.what());
+            status = EXIT_FAILED;
+        }
+    });
+}
+
+void examples(CLI::App& command, const std::string& lines)
+{
+    command.footer("\nExamples:\n" + lines + "\n");
+}
+
+void jobsOption(CLI::App& command, unsigned int& jobs)
+{
+    const auto positive = [](std::string& value) {
+        const bool zero = value.find_first_not_of('0') == std::string::npos;
+        return smallNumber(value) && !zero ? std::string() : "takes a number of at least 1, not '" + value + "'";
+    };
+    command.add_option("-j,--jobs", jobs, "Work on N entries at once (default: one a core)")
+        ->type_name("N")
+        ->check(CLI::Validator(positive, "", "at least 1"));
+}
+
+void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<std::string>& archives,
+                             std::vector<unsigned int>& indices)
+{
+    for (const std::string& item : items) {
+        if (!allDigits(item))
+            archives.push_back(item);
+        else if (item.size() > LARGEST_NUMBER_DIGITS)
+            throw UsageError("entry number " + item + " is too large");
+        else
+            indices.push_back(static_cast<unsigned int>(std::stoul(item)));
+    }
+    if (archives.empty())
+        throw UsageError("no archive given");
+}
+
+int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action)
+{
+    int status = EXIT_DONE;
+    for (const std::string& path : paths) {
+        try {
+            requireRegularFile(path);
+            action(path);
+        } catch (const std::exception& e) {
+            reportError(e.what());
+            status = EXIT_FAILED;
+        }
+    }
+    return status;
+}
+
+void storeIntoArchive(const SafeWriter& writer, const std::string& path, unsigned int index,
+                      std::unique_ptr<Content> entry, bool strict)
+{
+    writer.check(path, Existing::Replace);
+    std::unique_ptr<File> archive = openArchive(path);
+    TerminalWarnings warnings;
+    storeEntry(*archive, path, index, std::move(entry), strict, warnings);
+    writer.writeArchive(path, *archive, Existing::Replace);
+}
+
+} // namespace lbxtool

@@ -1,0 +1,56 @@
+#ifndef ZORV2_LBX_TOOLS_CLI_COMMAND_H
+#define ZORV2_LBX_TOOLS_CLI_COMMAND_H
+
+#include "entry/Content.h"
+#include "tools/platform/SafeWrite.h"
+
+#include <CLI/CLI.hpp>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+// What the commands of `lbx` share: how each is defined, the options several
+// take, and how their arguments are read.
+namespace lbxtool {
+
+using zorv2::Lbx::Content;
+
+// A misuse of the command line, found after parsing: exit status 2 like the
+// parser's own.
+class UsageError : public CLI::ParseError {
+public:
+    explicit UsageError(const std::string& message);
+};
+
+// The command runs `run` once parsing is done, and its exit status becomes
+// `status`; a failure it does not report itself becomes one line and exit
+// status 1.
+void define(CLI::App& command, int& status, std::function<int()> run);
+
+void examples(CLI::App& command, const std::string& lines);
+
+// -j N. The output is the same whatever the number: only the time changes.
+void jobsOption(CLI::App& command, unsigned int& jobs);
+
+// extract and export take archives and entry numbers in one list: an
+// argument of digits alone is an entry of every archive (write ./12 for a
+// file named 12).
+void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<std::string>& archives,
+                             std::vector<unsigned int>& indices);
+
+// Runs `action` on each path; a failure is reported as one line and the next
+// path is taken. Returns the exit status: 1 if any path failed.
+int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action);
+
+// Puts `entry` into the archive at `path` in place of entry `index`, or
+// behind the others when `index` is the entry count, and rewrites the
+// archive in place through `writer`. With `strict` an entry of another shape
+// is refused before anything is written.
+void storeIntoArchive(const SafeWriter& writer, const std::string& path, unsigned int index,
+                      std::unique_ptr<Content> entry, bool strict);
+
+} // namespace lbxtool
+
+#endif

@@ -1,0 +1,121 @@
+// lbx pack: the archive again from a folder that unpack made, byte for byte
+// where nothing was edited, with a summary of what changed.
+
+#include "tools/cli/Command.h"
+#include "tools/cli/Commands.h"
+#include "tools/modding/Names.h"
+#include "tools/modding/Pack.h"
+#include "tools/parallel/Workers.h"
+#include "tools/platform/Inputs.h"
+#include "tools/platform/Paths.h"
+
+#include <filesystem>
+#include <iostream>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
+
+namespace lbxtool {
+
+namespace {
+
+struct PackOptions {
+    std::string folder;
+    std::string output;   // empty: beside the folder, under the archive's own name
+    bool force = false;   // replace an existing archive
+    bool nearest = false; // RGBA colours not in the palette take the nearest
+    unsigned int jobs = 0;
+};
+
+// The entries of `plan` made from their files on the workers, and put into
+// an archive in order; `changes` gets what changed.
+std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& options, const std::string& folder,
+                   const std::string& manifestPath, const std::string& target, std::vector<std::string>& changes)
+{
+    const FileReader read = [&folder](const std::string& name) { return readBytes(inFolder(folder, name)); };
+    std::vector<PackedEntry> packed(plan.entries->size());
+    auto archive = std::make_unique<File>();
+    const auto compute = [&](std::size_t i) {
+        const unsigned int index = static_cast<unsigned int>(i);
+        packed[i] = packEntry(plan, index, {{manifestPath, static_cast<int>(index)}, read, folder, options.nearest},
+                              target);
+    };
+    const auto deliver = [&](std::size_t i, const Outcome& outcome) {
+        outcome.said.say();
+        if (outcome.failure)
+            std::rethrow_exception(outcome.failure);
+        if (!packed[i].change.empty())
+            changes.push_back(packed[i].change);
+        archive->push_back(packed[i].entry.get());
+        packed[i].entry.release();
+    };
+    inOrder(options.jobs, packed.size(), compute, deliver);
+    return archive;
+}
+
+// The header area the library's writer wrote against the one unpacked.
+void noteHeader(const std::string& target, const Json& manifest, const std::string& manifestPath)
+{
+    const ArchiveHeader header = readHeader(target);
+    if (!header.valid)
+        return;
+    const std::string note =
+        headerNote(manifest, readBytes(target, header.offsets.front()), header.tagged, manifestPath);
+    if (!note.empty())
+        warn(note);
+}
+
+int pack(const PackOptions& options)
+{
+    const std::string folder = folderName(options.folder); // "DIR/STEM/" names the folder STEM too
+    const std::string manifestPath = inFolder(folder, MANIFEST_NAME);
+    if (!fs::is_directory(folder))
+        throw std::runtime_error("'" + options.folder + "' is not a folder");
+    SafeWriter writer;
+    SystemFiles files(writer);
+    const Json manifest = parseManifest(files.read(manifestPath), manifestPath);
+    const PackPlan plan = planPack(manifest, manifestPath);
+    const std::vector<Files::Listed> held = files.list(folder);
+    requireNamedFiles(folder, held, *plan.entries, manifestPath);
+
+    const std::string target =
+        options.output.empty() ? inFolder(fs::path(folder).parent_path().string(), plan.archive) : options.output;
+    const Existing existing = replaceIf(options.force);
+    std::vector<std::string> inputs = {manifestPath};
+    for (const Files::Listed& file : held)
+        inputs.push_back(inFolder(folder, file.name));
+    writer.protect(inputs);
+    writer.check(target, existing);
+
+    std::vector<std::string> changes;
+    const std::unique_ptr<File> archive = packedArchive(plan, options, folder, manifestPath, target, changes);
+    const std::string targetFolder = fs::path(target).parent_path().string();
+    if (!targetFolder.empty())
+        makeFolder(targetFolder);
+    writer.writeArchive(target, *archive, existing);
+    noteHeader(target, manifest, manifestPath);
+    std::cout << "packed " << archive->size() << " entries from " << folder << " into " << target << ", "
+              << changes.size() << " changed\n";
+    for (const std::string& change : changes)
+        std::cout << "  changed " << change << '\n';
+    return EXIT_DONE;
+}
+
+} // namespace
+
+void addPack(CLI::App& app, int& status)
+{
+    auto options = std::make_shared<PackOptions>();
+    CLI::App* command = app.add_subcommand("pack", "Build an archive from a folder that unpack made");
+    command->add_option("FOLDER", options->folder, "The folder DIR/STEM/, with its archive.json")->required();
+    command->add_option("-o,--output", options->output,
+                        "Archive to write; by default DIR/ and the archive's own name");
+    command->add_flag("--force", options->force, "Replace the archive if it exists");
+    command->add_flag("--nearest", options->nearest,
+                      "In frames saved as RGBA, take the nearest palette colour for a colour the palette lacks");
+    jobsOption(*command, options->jobs);
+    examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force");
+    define(*command, status, [options] { return pack(*options); });
+}
+
+} // namespace lbxtool

@@ -1,0 +1,129 @@
+// lbx verify: re-creates every entry that can be and compares it with its
+// bytes, with a summary per kind.
+
+#include "tools/cli/Command.h"
+#include "tools/cli/Commands.h"
+#include "tools/modding/Names.h"
+#include "tools/modding/Verify.h"
+#include "tools/parallel/ArchiveSteps.h"
+#include "tools/platform/Inputs.h"
+
+#include <iomanip>
+#include <iostream>
+#include <map>
+
+namespace lbxtool {
+
+namespace {
+
+constexpr int KIND_WIDTH = 8;
+constexpr int COUNT_WIDTH = 8;
+constexpr int LAST_COUNT_WIDTH = 18;
+
+struct VerifyOptions {
+    std::vector<std::string> archives;
+    bool verbose = false;
+    unsigned int jobs = 0;
+};
+
+struct Tally {
+    unsigned int passed = 0;
+    unsigned int differs = 0;
+    unsigned int notRecreatable = 0;
+};
+
+void summaryRow(const std::string& kind, const std::string& passed, const std::string& differs,
+                const std::string& notRecreatable)
+{
+    std::cout << "  " << std::left << std::setw(KIND_WIDTH) << kind << std::right << std::setw(COUNT_WIDTH) << passed
+              << std::setw(COUNT_WIDTH) << differs << std::setw(LAST_COUNT_WIDTH) << notRecreatable << '\n';
+}
+
+struct VerifiedArchive {
+    std::string path;
+    std::unique_ptr<File> archive;
+    std::vector<Recreation> entries;
+    std::map<std::string, Tally> tallies;
+    std::vector<std::string> differences;
+};
+
+// Verifying archives: entries are made again on the workers, and counted in
+// turn.
+class Verifying : public ArchiveSteps<VerifiedArchive> {
+public:
+    explicit Verifying(const VerifyOptions& options) : options(options) {}
+
+    std::size_t plan(std::size_t a) override { return listedEntries(options.archives[a]); }
+
+    std::unique_ptr<VerifiedArchive> open(std::size_t a, std::size_t entries) override
+    {
+        auto opened = std::make_unique<VerifiedArchive>();
+        opened->path = options.archives[a];
+        opened->archive = openArchive(opened->path);
+        requireEntries(*opened->archive, entries);
+        opened->entries.resize(entries);
+        return opened;
+    }
+
+    void work(VerifiedArchive& opened, std::size_t i) override
+    {
+        const unsigned int index = static_cast<unsigned int>(i);
+        opened.entries[i] = recreate(opened.archive->at(index), entryName(opened.path, index));
+        if (options.verbose)
+            relay(opened.entries[i].report);
+    }
+
+    void deliver(VerifiedArchive& opened, std::size_t i) override
+    {
+        const Recreation& done = opened.entries[i];
+        Tally& tally = opened.tallies[done.kind];
+        if (!done.tried)
+            ++tally.notRecreatable;
+        else if (done.difference.empty())
+            ++tally.passed;
+        else
+            ++tally.differs;
+        if (!done.difference.empty())
+            opened.differences.push_back(done.difference);
+    }
+
+    void finish(VerifiedArchive& opened) override
+    {
+        std::cout << opened.path << ": " << opened.archive->size() << " entries\n";
+        summaryRow("kind", "passed", "differs", "not re-creatable");
+        for (const auto& [kind, tally] : opened.tallies)
+            summaryRow(kind, std::to_string(tally.passed), std::to_string(tally.differs),
+                       std::to_string(tally.notRecreatable));
+        for (const std::string& difference : opened.differences)
+            std::cout << "  differs: " << difference << '\n';
+        agreed = agreed && opened.differences.empty();
+    }
+
+    bool agreed = true;
+
+private:
+    const VerifyOptions& options;
+};
+
+int verify(const VerifyOptions& options)
+{
+    Verifying verifying(options);
+    const int status = forEachArchive(options.jobs, options.archives, verifying);
+    return verifying.agreed ? status : EXIT_FAILED;
+}
+
+} // namespace
+
+void addVerify(CLI::App& app, int& status)
+{
+    auto options = std::make_shared<VerifyOptions>();
+    CLI::App* command =
+        app.add_subcommand("verify", "Re-create each entry that can be and compare it with its bytes");
+    command->add_option("ARCHIVE", options->archives, "Archives to verify")->required();
+    command->add_flag("-v,--verbose", options->verbose, "Show each differing field");
+    jobsOption(*command, options->jobs);
+    examples(*command, "  lbx verify demo/*.LBX\n  lbx verify -v demo/STARNAME.LBX");
+    define(*command, status, [options] { return verify(*options); });
+}
+
+} // namespace lbxtool

@@ -1,0 +1,259 @@
+#include "tools/modding/Forms.h"
+
+#include "entry/AbstractContent.h"
+#include "entry/Write.h"
+#include "images/Font.h"
+#include "kinds/Text.h"
+#include "tools/modding/FormKinds.h"
+#include "tools/modding/Names.h"
+#include "tools/modding/Png.h"
+#include "tools/modding/Shapes.h"
+#include "tools/modding/Sheets.h"
+#include "tools/modding/TextEscape.h"
+
+#include <cstring>
+#include <limits>
+#include <stdexcept>
+
+namespace lbxtool {
+
+namespace forms {
+
+std::unique_ptr<Content> created(const PackPlace& place, const std::function<Content*()>& create)
+{
+    try {
+        return std::unique_ptr<Content>(create());
+    } catch (const std::exception& e) {
+        throw place.manifest.problem(e.what());
+    }
+}
+
+namespace {
+
+using Text = Content::Text;
+using Font = Content::Font;
+
+// A table's second 16-bit field is the length of its records; the library
+// reads it but hands out only the strings.
+constexpr unsigned int RECORD_LENGTH_OFFSET = 2;
+constexpr unsigned int LARGEST_FIELD = std::numeric_limits<unsigned short>::max();
+constexpr unsigned int LARGEST_WIDTH = std::numeric_limits<unsigned char>::max();
+
+std::string bytesOf(Content* entry)
+{
+    return std::string(entry->data(), entry->size());
+}
+
+// The entry's bytes as a file: a sound as the WAVE file it is, anything
+// else as .bin.
+EntryForm bytes(Content* entry, const UnpackPlace& place, const std::string& why)
+{
+    EntryForm form;
+    const bool sound = entry->type() == Content::SOUND && why.empty();
+    const std::string name = entryFileName(place.stem, place.index, sound ? ".wav" : ".bin");
+    form.manifest[key::KIND] = sound ? kind::SOUND : kind::BYTES;
+    if (!sound)
+        form.manifest[key::WAS] = entry->typeStr();
+    if (!why.empty())
+        form.manifest[key::WHY] = why;
+    form.manifest[key::FILE] = name;
+    form.files[name] = bytesOf(entry);
+    return form;
+}
+
+std::unique_ptr<Content> bytesFrom(const Json& manifest, const PackPlace& place)
+{
+    const std::string name = fileName(manifest, key::FILE, place.manifest);
+    const std::string data = place.read(name);
+    char* block = new char[data.size()];
+    std::memcpy(block, data.data(), data.size());
+    return std::make_unique<Content>(place.pathOf(name), block, static_cast<unsigned int>(data.size()));
+}
+
+std::vector<std::string> recordsOf(Text* table)
+{
+    std::vector<std::string> records;
+    for (unsigned int i = 0; i < table->size(); ++i)
+        records.push_back(table->get(i));
+    return records;
+}
+
+EntryForm text(Content* entry, const UnpackPlace& place)
+{
+    std::vector<std::string> records = recordsOf(entry->text());
+    EntryForm form;
+    const std::string name = textFileName(place.stem, place.index);
+    form.manifest[key::KIND] = kind::TEXT;
+    form.manifest[key::FILE] = name;
+    form.files[name] = escapedLines(records);
+    // Only a length the library's rule would not choose needs saying; any
+    // other lets the strings grow.
+    const unsigned int length = entry->text()->read2(RECORD_LENGTH_OFFSET);
+    const std::unique_ptr<Content> chosen(Text::create(records));
+    if (chosen->text()->read2(RECORD_LENGTH_OFFSET) != length)
+        form.manifest[key::RECORD_LENGTH] = length;
+    return form;
+}
+
+// A table whose records have the length the manifest names, laid out as
+// the library's own create lays out the length it chooses.
+Content* tableOfLength(const std::vector<std::string>& records, unsigned int length)
+{
+    Content::Write write;
+    write.add2("nr", static_cast<unsigned short>(records.size()));
+    write.add2("textsize", static_cast<unsigned short>(length));
+    for (const std::string& record : records)
+        for (unsigned int position = 0; position < length; ++position)
+            write.add1(position < record.size() ? "text" : "text fill",
+                       position < record.size() ? static_cast<unsigned char>(record[position]) : 0);
+    return Content::AbstractContent::genContent(write, Content::TEXT);
+}
+
+std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
+{
+    const std::string name = fileName(manifest, key::FILE, place.manifest);
+    const std::string path = place.pathOf(name);
+    std::vector<std::string> records;
+    for (const std::string& line : textLines(place.read(name))) {
+        try {
+            records.push_back(unescapeText(line));
+        } catch (const std::runtime_error& e) {
+            throw std::runtime_error("'" + path + "' line " + std::to_string(records.size() + 1) + ": " + e.what());
+        }
+    }
+    if (records.size() > LARGEST_FIELD)
+        throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) +
+                                 " lines; a table holds at most 65535");
+    if (!manifest.contains(key::RECORD_LENGTH))
+        return created(place, [&] { return Text::create(records); });
+    const unsigned int length = number(manifest, key::RECORD_LENGTH, LARGEST_FIELD, place.manifest);
+    for (std::size_t line = 0; line < records.size(); ++line)
+        if (records[line].size() > length)
+            throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
+                                     std::to_string(records[line].size()) + " bytes, more than the table's records of " +
+                                     std::to_string(length) + " (recordLength in the manifest)");
+    return created(place, [&] { return tableOfLength(records, length); });
+}
+
+EntryForm font(Font* font, const UnpackPlace& place)
+{
+    EntryForm form;
+    form.manifest[key::KIND] = kind::FONT;
+    form.manifest[key::HEIGHTS] = Json::array();
+    form.manifest[key::WIDTHS] = Json::array();
+    for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f) {
+        form.manifest[key::HEIGHTS].push_back(font->height(f));
+        Json widths = Json::array();
+        for (unsigned int g = 0; g < GLYPHS_PER_FONT; ++g)
+            widths.push_back(font->width(f, g));
+        form.manifest[key::WIDTHS].push_back(widths);
+        try {
+            const Image sheet = glyphSheet(font, f);
+            const std::string name = fontSheetFileName(place.stem, place.index, f);
+            form.views[name] = rgbaPng(sheet.rgba.data(), sheet.width, sheet.height, name);
+        } catch (const std::runtime_error&) {
+            // too tall to draw: the metrics stand without a picture
+        }
+    }
+    return form;
+}
+
+std::unique_ptr<Content> fontFrom(const Json& manifest, const PackPlace& place)
+{
+    std::vector<unsigned int> heights = numbers(manifest, key::HEIGHTS, FONTS_PER_ENTRY, LARGEST_FIELD, place.manifest);
+    const Json& perFont = member(manifest, key::WIDTHS, place.manifest);
+    if (!perFont.is_array() || perFont.size() != FONTS_PER_ENTRY)
+        throw place.manifest.problem("'widths' must be a list of 6 lists of 256 numbers from 0 to 255");
+    std::vector<unsigned short> shortHeights(heights.begin(), heights.end());
+    std::vector<unsigned char> widths;
+    for (const Json& font : perFont)
+        for (const unsigned int width : numbers(Json{{key::WIDTHS, font}}, key::WIDTHS, GLYPHS_PER_FONT, LARGEST_WIDTH,
+                                                place.manifest))
+            widths.push_back(static_cast<unsigned char>(width));
+    return created(place, [&] { return Font::create(nullptr, shortHeights.data(), widths.data(), nullptr); });
+}
+
+// How pack makes each kind of form back into an entry.
+const struct {
+    const char* kind;
+    std::unique_ptr<Content> (*make)(const Json& manifest, const PackPlace& place);
+} MAKERS[] = {
+    {kind::GRAPHIC, graphicFrom}, {kind::CURSOR, cursorFrom}, {kind::TEXT, textFrom},
+    {kind::FONT, fontFrom},       {kind::SOUND, bytesFrom},    {kind::BYTES, bytesFrom},
+};
+
+EntryForm editable(Content* entry, const UnpackPlace& place)
+{
+    switch (entry->type()) {
+    case Content::GRAPHIC: return graphic(entry->graphic(), place);
+    case Content::CURSOR: return cursor(entry->cursor(), place);
+    case Content::TEXT: return text(entry, place);
+    case Content::FONT: return font(entry->font(), place);
+    default: return bytes(entry, place, "");
+    }
+}
+
+} // namespace
+} // namespace forms
+
+std::string PackPlace::pathOf(const std::string& name) const
+{
+    return folder.empty() ? name : folder + "/" + name;
+}
+
+EntryForm editableForm(Content* entry, const UnpackPlace& place)
+{
+    std::string why;
+    try {
+        EntryForm form = forms::editable(entry, place);
+        const PackPlace trial{{"unpacked form", static_cast<int>(place.index)},
+                              [&form](const std::string& name) { return form.files.at(name); },
+                              "",
+                              false};
+        const std::unique_ptr<Content> rebuilt = entryFromForm(form.manifest, trial);
+        if (rebuilt->size() == entry->size() && std::memcmp(rebuilt->data(), entry->data(), entry->size()) == 0) {
+            for (const auto& view : form.views)
+                form.manifest[key::VIEWS].push_back(view.first);
+            return form;
+        }
+        why = "made again from its editable form it comes out with other bytes";
+    } catch (const std::exception& e) {
+        why = e.what();
+    }
+    return forms::bytes(entry, place, why);
+}
+
+std::unique_ptr<Content> entryFromForm(const Json& manifest, const PackPlace& place)
+{
+    const std::string named = text(manifest, key::KIND, place.manifest);
+    std::string known;
+    for (const auto& maker : forms::MAKERS) {
+        if (named == maker.kind)
+            return maker.make(manifest, place);
+        known += (known.empty() ? "" : ", ") + std::string(maker.kind);
+    }
+    throw place.manifest.problem("unknown kind '" + named + "' (known: " + known + ")");
+}
+
+std::vector<std::string> formFiles(const Json& manifest, const ManifestPlace& place)
+{
+    std::vector<std::string> names;
+    if (manifest.contains(key::FRAMES))
+        names = fileNames(manifest, key::FRAMES, place);
+    for (const char* field : {key::PALETTE, key::FILE})
+        if (manifest.contains(field))
+            names.push_back(fileName(manifest, field, place));
+    return names;
+}
+
+std::vector<std::string> viewFiles(const Json& manifest)
+{
+    std::vector<std::string> names;
+    if (manifest.contains(key::VIEWS) && manifest[key::VIEWS].is_array())
+        for (const Json& name : manifest[key::VIEWS])
+            if (name.is_string())
+                names.push_back(name.get<std::string>());
+    return names;
+}
+
+} // namespace lbxtool

@@ -1,0 +1,62 @@
+#ifndef ZORV2_LBX_TOOLS_MODDING_FORMS_H
+#define ZORV2_LBX_TOOLS_MODDING_FORMS_H
+
+#include "entry/Content.h"
+#include "tools/modding/Manifest.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+// The editable forms of entries, for unpack and pack: each kind to files
+// that ordinary editors open and back, what the files cannot hold kept in
+// the entry's part of the manifest.
+namespace lbxtool {
+
+using zorv2::Lbx::Content;
+class PaletteSource;
+
+// One entry's editable form.
+struct EntryForm {
+    Json manifest;                            // its kind and settings, and the names of its files
+    std::map<std::string, std::string> files; // by name: what pack reads back
+    std::map<std::string, std::string> views; // by name: only to look at
+};
+
+// What unpacking entry `index` needs besides the entry.
+struct UnpackPlace {
+    std::string stem; // the names of its files begin with it
+    unsigned int index;
+    PaletteSource& palettes;
+};
+
+// How pack reaches an entry's files: by name, in the folder; unpack's own
+// check reads the files it has made in memory.
+using FileReader = std::function<std::string(const std::string& name)>;
+
+struct PackPlace {
+    ManifestPlace manifest;
+    FileReader read;
+    std::string folder; // for messages that name a file
+    bool nearest;       // RGBA colours not in the palette take the nearest
+
+    std::string pathOf(const std::string& name) const;
+};
+
+// The entry's editable form when packing that form gives the entry back
+// byte for byte; otherwise its bytes, with the reason in the manifest.
+EntryForm editableForm(Content* entry, const UnpackPlace& place);
+
+// The entry the form describes; throws one line that names the file or the
+// manifest field and the problem.
+std::unique_ptr<Content> entryFromForm(const Json& manifest, const PackPlace& place);
+
+// The files an entry's form consists of: those pack reads, and the views.
+std::vector<std::string> formFiles(const Json& manifest, const ManifestPlace& place);
+std::vector<std::string> viewFiles(const Json& manifest);
+
+} // namespace lbxtool
+
+#endif

@@ -1,0 +1,27 @@
+#include "tools/modding/Hash.h"
+
+#include <cstdint>
+#include <iomanip>
+#include <sstream>
+
+namespace lbxtool {
+
+namespace {
+
+constexpr std::uint64_t FNV_OFFSET = 0xcbf29ce484222325ull;
+constexpr std::uint64_t FNV_PRIME = 0x100000001b3ull;
+constexpr int HEX_DIGITS = 16;
+
+} // namespace
+
+std::string hashOf(const std::string& bytes)
+{
+    std::uint64_t hash = FNV_OFFSET;
+    for (const char c : bytes)
+        hash = (hash ^ static_cast<unsigned char>(c)) * FNV_PRIME;
+    std::ostringstream hex;
+    hex << std::hex << std::setw(HEX_DIGITS) << std::setfill('0') << hash;
+    return hex.str();
+}
+
+} // namespace lbxtool

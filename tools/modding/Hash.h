@@ -1,0 +1,15 @@
+#ifndef ZORV2_LBX_TOOLS_MODDING_HASH_H
+#define ZORV2_LBX_TOOLS_MODDING_HASH_H
+
+#include <string>
+
+namespace lbxtool {
+
+// A short fingerprint of some bytes, 16 hex digits (64-bit FNV-1a): enough to
+// tell an edited file or entry from the one that was written, not a guard
+// against anyone who wants a collision.
+std::string hashOf(const std::string& bytes);
+
+} // namespace lbxtool
+
+#endif

@@ -1,0 +1,238 @@
+#include "images/Cursor.h"
+#include "images/Graphic.h"
+#include "images/Palette.h"
+#include "tools/modding/FormKinds.h"
+#include "tools/modding/GraphicFlags.h"
+#include "tools/modding/IndexedFrames.h"
+#include "tools/modding/Names.h"
+#include "tools/modding/PaletteFile.h"
+#include "tools/modding/PaletteSource.h"
+#include "tools/modding/Png.h"
+#include "tools/modding/Shapes.h"
+#include "tools/modding/Sheets.h"
+
+#include <algorithm>
+#include <array>
+#include <limits>
+#include <stdexcept>
+
+namespace lbxtool {
+namespace forms {
+
+namespace {
+
+using Palette = Content::Palette;
+namespace layout = zorv2::Lbx::layout;
+
+constexpr unsigned int LARGEST_COUNT = std::numeric_limits<unsigned short>::max();
+constexpr unsigned int LARGEST_SETTING = std::numeric_limits<unsigned char>::max();
+constexpr unsigned char TRANSPARENT = 0;
+// Where unpainted pixels go in a frame's PNG: an index of their own, or
+// nowhere when there are none, or RGBA when every index is painted.
+constexpr int NOTHING_CLEAR = COLORS;
+constexpr int ALL_INDICES_PAINTED = -1;
+
+bool anyClear(const std::vector<Indices>& frames)
+{
+    return std::any_of(frames.begin(), frames.end(), [](const Indices& frame) {
+        return std::find(frame.begin(), frame.end(), CLEAR) != frame.end();
+    });
+}
+
+// The highest index that no frame paints, if a pixel is left unpainted.
+int clearSlot(const std::vector<Indices>& frames)
+{
+    if (!anyClear(frames))
+        return NOTHING_CLEAR;
+    std::array<bool, COLORS> used{};
+    for (const Indices& frame : frames)
+        for (const unsigned short index : frame)
+            if (index != CLEAR)
+                used[index] = true;
+    for (int index = COLORS - 1; index >= 0; --index)
+        if (!used[index])
+            return index;
+    return ALL_INDICES_PAINTED;
+}
+
+// Frames as 8-bit indexed PNGs in the colours of `shown`. Unpainted pixels
+// take index `clearSlot`, which no painted pixel uses, and whose palette
+// entry is made transparent; with no such index the frames are RGBA.
+void addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indices>& frames, unsigned int width,
+               unsigned int height, const unsigned char* shown, int clearSlot)
+{
+    PaletteArray palette = copyOfPalette(shown);
+    if (clearSlot != ALL_INDICES_PAINTED && clearSlot != NOTHING_CLEAR)
+        palette[clearSlot * PIXEL_SIZE + layout::ALPHA] = TRANSPARENT;
+    std::vector<std::vector<unsigned char>> pictures;
+    for (unsigned int f = 0; f < frames.size(); ++f) {
+        const std::string name = frameFileName(place.stem, place.index, f);
+        pictures.push_back(shownColours(frames[f], shown));
+        if (clearSlot == ALL_INDICES_PAINTED) {
+            form.files[name] = rgbaPng(pictures.back().data(), width, height, name);
+        } else {
+            std::vector<unsigned char> indices(frames[f].size());
+            std::transform(frames[f].begin(), frames[f].end(), indices.begin(), [&](unsigned short index) {
+                return static_cast<unsigned char>(index == CLEAR ? clearSlot : index);
+            });
+            form.files[name] = indexedPng(indices.data(), width, height, palette.get(), name);
+        }
+        form.manifest[key::FRAMES].push_back(name);
+    }
+    if (frames.size() > 1) {
+        std::vector<const unsigned char*> all;
+        for (const auto& picture : pictures)
+            all.push_back(picture.data());
+        const Image sheet = spriteSheet(all, width, height);
+        const std::string name = sheetFileName(place.stem, place.index);
+        form.views[name] = rgbaPng(sheet.rgba.data(), sheet.width, sheet.height, name);
+    }
+}
+
+// The frames the manifest names, as indices, all of the first one's size.
+std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, const unsigned char* lookup,
+                                unsigned int begin, unsigned int& width, unsigned int& height)
+{
+    const std::vector<std::string> names = fileNames(manifest, key::FRAMES, place.manifest);
+    if (names.size() > LARGEST_COUNT)
+        throw place.manifest.problem("more than 65535 frames");
+    std::vector<Indices> frames;
+    for (unsigned int f = 0; f < names.size(); ++f) {
+        const std::string path = place.pathOf(names[f]);
+        const Picture picture = readPicture(place.read(names[f]), path);
+        if (f == 0) {
+            width = picture.width;
+            height = picture.height;
+        } else if (picture.width != width || picture.height != height) {
+            throw otherFrameSize(path, picture.width, picture.height, "the entry's first frame", width, height);
+        }
+        frames.push_back(indicesOfPicture(picture, {lookup, begin, place.nearest}, path, f));
+    }
+    return frames;
+}
+
+std::vector<unsigned char> paletteFrom(const Json& manifest, const PackPlace& place, unsigned int colours)
+{
+    const std::string name = fileName(manifest, key::PALETTE, place.manifest);
+    std::vector<unsigned char> palette = readPaletteFile(place.read(name), place.pathOf(name));
+    if (palette.size() != std::size_t(colours) * PIXEL_SIZE)
+        throw std::runtime_error("'" + place.pathOf(name) + "' holds " + std::to_string(palette.size() / PIXEL_SIZE) +
+                                 " colours; the entry's palette holds " + std::to_string(colours));
+    return palette;
+}
+
+} // namespace
+
+EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
+{
+    const unsigned int width = graphic->width(), height = graphic->height(), count = graphic->frames();
+    if (count > 0 && std::size_t(width) * height == 0)
+        throw std::runtime_error("its frames hold no pixels");
+    const unsigned int palOffset = graphic->hasPalette() ? graphic->paletteOffset() : 0;
+    const unsigned int palSize = graphic->hasPalette() ? graphic->paletteSize() : 0;
+    if (palOffset + palSize > COLORS)
+        throw std::runtime_error("its palette block runs past colour 255");
+    PaletteArray beneath = place.palettes.forGraphic(place.index, false);
+    PaletteArray shown = copyOfPalette(beneath.get());
+    if (graphic->hasPalette())
+        graphic->palette(shown.get());
+
+    std::vector<Indices> frames;
+    {
+        PaletteArray fake(Palette::fake());
+        const LentPalette lent(graphic, fake.get());
+        for (unsigned int f = 0; f < count; ++f)
+            frames.push_back(indicesOfFake(graphic->frame(f), std::size_t(width) * height));
+    }
+
+    EntryForm form;
+    Json& manifest = form.manifest;
+    manifest[key::KIND] = kind::GRAPHIC;
+    manifest[key::WIDTH] = width;
+    manifest[key::HEIGHT] = height;
+    manifest[key::CLEAR_ONCE] = graphic->clearOnce();
+    manifest[key::CLEAR_MOD] = graphic->clearMod();
+    manifest[key::FLAGS] = flagText(graphic);
+    manifest[key::FRAMES] = Json::array();
+    addFrames(form, place, frames, width, height, shown.get(), clearSlot(frames));
+    if (graphic->hasPalette()) {
+        const std::string name = entryFileName(place.stem, place.index, ".pal");
+        manifest[key::PALETTE] = name;
+        manifest[key::PALETTE_OFFSET] = palOffset;
+        manifest[key::PALETTE_SIZE] = palSize;
+        form.files[name] = paletteFile(shown.get(), palOffset, palSize);
+    }
+    manifest[key::BENEATH] = hexColours(beneath.get());
+    return form;
+}
+
+std::unique_ptr<Content> graphicFrom(const Json& manifest, const PackPlace& place)
+{
+    const ManifestPlace& where = place.manifest;
+    PaletteArray lookup(Palette::empty());
+    readHexColours(text(manifest, key::BENEATH, where), lookup.get(), where);
+    unsigned int palOffset = 0, palSize = 0;
+    if (manifest.contains(key::PALETTE)) {
+        palOffset = number(manifest, key::PALETTE_OFFSET, COLORS - 1, where);
+        palSize = number(manifest, key::PALETTE_SIZE, COLORS - palOffset, where);
+        const std::vector<unsigned char> block = paletteFrom(manifest, place, palSize);
+        std::copy(block.begin(), block.end(), lookup.get() + palOffset * PIXEL_SIZE);
+    }
+    unsigned int width = number(manifest, key::WIDTH, LARGEST_SIDE, where);
+    unsigned int height = number(manifest, key::HEIGHT, LARGEST_SIDE, where);
+    const unsigned char clearOnce = static_cast<unsigned char>(number(manifest, key::CLEAR_ONCE, LARGEST_SETTING, where));
+    const unsigned char clearMod = static_cast<unsigned char>(number(manifest, key::CLEAR_MOD, LARGEST_SETTING, where));
+    unsigned short flags = 0;
+    try {
+        flags = parseFlags(text(manifest, key::FLAGS, where));
+    } catch (const std::runtime_error& e) {
+        throw where.problem(e.what());
+    }
+    const std::vector<Indices> frames = framesFrom(manifest, place, lookup.get(), 0, width, height);
+    if (width > LARGEST_SIDE || height > LARGEST_SIDE)
+        throw where.problem("a graphic is at most 65535 pixels a side");
+    return created(place, [&] {
+        return graphicOfIndices(frames, static_cast<unsigned short>(width), static_cast<unsigned short>(height),
+                                clearOnce, clearMod, lookup.get(), static_cast<unsigned short>(palOffset),
+                                static_cast<unsigned short>(palSize), flags);
+    });
+}
+
+EntryForm cursor(Content::Cursor* cursor, const UnpackPlace& place)
+{
+    PaletteArray own = copyOfPalette(cursor->palette());
+    PaletteArray fake(Palette::fake());
+    std::vector<Indices> frames;
+    for (unsigned int f = 0; f < CURSOR_FRAMES; ++f) {
+        const std::unique_ptr<unsigned char[]> decoded(cursor->gen(f, fake.get()));
+        frames.push_back(indicesOfFake(decoded.get(), CURSOR_SIDE * CURSOR_SIDE));
+    }
+    EntryForm form;
+    form.manifest[key::KIND] = kind::CURSOR;
+    form.manifest[key::FRAMES] = Json::array();
+    // Index 0 is the cursor's transparent one: no painted pixel has it.
+    addFrames(form, place, frames, CURSOR_SIDE, CURSOR_SIDE, own.get(), 0);
+    const std::string name = entryFileName(place.stem, place.index, ".pal");
+    form.manifest[key::PALETTE] = name;
+    form.files[name] = paletteFile(own.get(), 0, COLORS);
+    return form;
+}
+
+std::unique_ptr<Content> cursorFrom(const Json& manifest, const PackPlace& place)
+{
+    std::vector<unsigned char> palette = paletteFrom(manifest, place, COLORS);
+    unsigned int width = 0, height = 0;
+    std::vector<Indices> frames = framesFrom(manifest, place, palette.data(), 1, width, height);
+    if (frames.size() != CURSOR_FRAMES)
+        throw place.manifest.problem("a cursor has 20 frames, 'frames' names " + std::to_string(frames.size()));
+    if (width != CURSOR_SIDE || height != CURSOR_SIDE)
+        throw std::runtime_error("'" + place.pathOf(manifest[key::FRAMES][0].get<std::string>()) + "' is " +
+                                 std::to_string(width) + "x" + std::to_string(height) +
+                                 "; a cursor's frames are 24x24");
+    for (Indices& frame : frames)
+        std::replace(frame.begin(), frame.end(), static_cast<unsigned short>(0), CLEAR);
+    return created(place, [&] { return cursorOfIndices(frames, palette.data()); });
+}
+
+} // namespace forms
+} // namespace lbxtool

@@ -1,0 +1,156 @@
+#include "tools/modding/Import.h"
+
+#include "images/Graphic.h"
+#include "images/Palette.h"
+#include "tools/modding/GraphicFlags.h"
+#include "tools/modding/IndexedFrames.h"
+#include "tools/modding/Shapes.h"
+
+#include <algorithm>
+#include <limits>
+#include <stdexcept>
+
+namespace lbxtool {
+
+namespace {
+
+using Graphic = Content::Graphic;
+using Palette = Content::Palette;
+
+constexpr std::size_t LARGEST_COUNT = std::numeric_limits<unsigned short>::max();
+
+std::vector<unsigned char*> pixelsOf(std::vector<Image>& frames)
+{
+    std::vector<unsigned char*> pixels;
+    for (Image& frame : frames)
+        pixels.push_back(frame.rgba.data());
+    return pixels;
+}
+
+// Palette::create fails on the 257th colour without saying where it met it.
+// Whether a run of frames has too many colours grows with the run, so a
+// binary search over its length finds the image that brings the one too many.
+PaletteArray paletteFromImages(std::vector<Image>& frames, const std::vector<std::string>& paths)
+{
+    std::vector<unsigned char*> pixels = pixelsOf(frames);
+    std::vector<unsigned int> widths, heights;
+    for (const Image& frame : frames) {
+        widths.push_back(frame.width);
+        heights.push_back(frame.height);
+    }
+    const auto build = [&](std::size_t count) {
+        return PaletteArray(
+            Palette::create(pixels.data(), widths.data(), heights.data(), static_cast<unsigned int>(count)));
+    };
+    try {
+        return build(frames.size());
+    } catch (const std::exception& e) {
+        std::size_t fits = 0, fails = frames.size();
+        while (fails - fits > 1) {
+            const std::size_t middle = fits + (fails - fits) / 2;
+            try {
+                build(middle);
+                fits = middle;
+            } catch (const std::exception&) {
+                fails = middle;
+            }
+        }
+        throw std::runtime_error("'" + paths[fails - 1] + "': " + e.what());
+    }
+}
+
+// The encoder names a missing colour but not the image; the first image with
+// a pixel the palette lacks is the one to blame. Raw frames look up every
+// pixel, the others only the visible ones.
+std::string imageLacking(std::vector<Image>& frames, const std::vector<std::string>& paths, unsigned char* palette,
+                         bool raw)
+{
+    for (std::size_t f = 0; f < frames.size(); ++f)
+        for (std::size_t p = 0; p < frames[f].rgba.size(); p += PIXEL_SIZE) {
+            unsigned char* pixel = &frames[f].rgba[p];
+            if ((raw || pixel[ALPHA] != 0) && !Palette::findColor(palette, pixel, nullptr))
+                return paths[f];
+        }
+    return "";
+}
+
+unsigned char narrow(unsigned int value, const char* what)
+{
+    if (value > std::numeric_limits<unsigned char>::max())
+        throw std::runtime_error(std::string(what) + " " + std::to_string(value) + " is above 255");
+    return static_cast<unsigned char>(value);
+}
+
+// Indexed PNGs hold the very indices to store (unpack writes them so): no
+// colour is looked up. A palette block, when asked for, is the first
+// picture's whole palette.
+std::unique_ptr<Content> fromIndices(const std::vector<Picture>& pictures, const std::vector<std::string>& paths,
+                                     GraphicSettings settings)
+{
+    std::vector<Indices> frames;
+    for (std::size_t f = 0; f < pictures.size(); ++f)
+        frames.push_back(indicesOfPicture(pictures[f], {nullptr, 0, false}, paths[f], static_cast<unsigned int>(f)));
+    std::vector<unsigned char> palette = pictures.front().palette;
+    return std::unique_ptr<Content>(graphicOfIndices(
+        frames, static_cast<unsigned short>(pictures.front().width), static_cast<unsigned short>(pictures.front().height),
+        settings.clearOnce, settings.clearMod, palette.data(), 0, (settings.flags & Graphic::PALETTE) ? COLORS : 0,
+        settings.flags));
+}
+
+std::unique_ptr<Content> fromColours(const std::vector<Picture>& pictures, const std::vector<std::string>& paths,
+                                     GraphicSettings settings, const unsigned char* named)
+{
+    std::vector<Image> frames;
+    for (const Picture& picture : pictures)
+        frames.push_back({picture.width, picture.height, rgbaOf(picture)});
+    // A palette built from the images exists nowhere else, so the entry
+    // carries it; one from a named source is stored only when asked for.
+    PaletteArray palette;
+    unsigned short paletteSize = COLORS;
+    if (named == nullptr) {
+        palette = paletteFromImages(frames, paths);
+        paletteSize = coloursFilled(palette.get());
+        settings.flags |= Graphic::PALETTE;
+    } else {
+        palette = copyOfPalette(named);
+    }
+
+    std::vector<unsigned char*> pixels = pixelsOf(frames);
+    try {
+        return std::unique_ptr<Content>(Graphic::create(
+            pixels.data(), palette.get(), static_cast<unsigned short>(frames.front().width),
+            static_cast<unsigned short>(frames.front().height), static_cast<unsigned short>(frames.size()),
+            settings.clearOnce, settings.clearMod, 0, paletteSize, settings.flags));
+    } catch (const std::exception& e) {
+        const std::string culprit = imageLacking(frames, paths, palette.get(), settings.flags & Graphic::RAW);
+        throw std::runtime_error((culprit.empty() ? "" : "'" + culprit + "': ") + e.what());
+    }
+}
+
+} // namespace
+
+GraphicSettings graphicSettings(std::size_t frames, const std::string& flags, unsigned int clearOnce,
+                                unsigned int clearMod)
+{
+    if (frames > LARGEST_COUNT)
+        throw std::runtime_error("a graphic holds at most 65535 frames");
+    return {parseFlags(flags), narrow(clearOnce, "clearOnce"), narrow(clearMod, "clearMod")};
+}
+
+void requireFrameFits(const Picture& frame, const std::string& path, const Picture& first)
+{
+    if (frame.width > LARGEST_SIDE || frame.height > LARGEST_SIDE)
+        throw std::runtime_error("'" + path + "' is larger than a graphic can be (65535 pixels a side)");
+    if (frame.width != first.width || frame.height != first.height)
+        throw otherFrameSize(path, frame.width, frame.height, "the first frame", first.width, first.height);
+}
+
+std::unique_ptr<Content> graphicOfPictures(const std::vector<Picture>& pictures, const std::vector<std::string>& paths,
+                                           GraphicSettings settings, const unsigned char* palette)
+{
+    const bool indexed = std::all_of(pictures.begin(), pictures.end(), [](const Picture& frame) { return frame.indexed; });
+    return indexed && palette == nullptr ? fromIndices(pictures, paths, settings)
+                                         : fromColours(pictures, paths, settings, palette);
+}
+
+} // namespace lbxtool

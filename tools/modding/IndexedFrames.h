@@ -1,0 +1,57 @@
+#ifndef ZORV2_LBX_TOOLS_MODDING_INDEXEDFRAMES_H
+#define ZORV2_LBX_TOOLS_MODDING_INDEXEDFRAMES_H
+
+#include "entry/Content.h"
+#include "tools/modding/Png.h"
+
+#include <string>
+#include <vector>
+
+// Frames as the palette indices an entry stores, so that they travel to PNG
+// files and back unchanged. The library hands frames out as RGBA; decoded
+// with Palette::fake, whose 256 colours all differ, each colour names the
+// index behind it, and the encoders given fake colours store those indices
+// again.
+namespace lbxtool {
+
+using zorv2::Lbx::Content;
+
+// One value a pixel: a palette index, or CLEAR where nothing is painted.
+using Indices = std::vector<unsigned short>;
+constexpr unsigned short CLEAR = 256;
+
+// The indices behind `pixels` RGBA pixels decoded with Palette::fake.
+Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels);
+
+// The frame in fake colours, CLEAR as a transparent pixel: what the
+// encoders take to store exactly these indices.
+std::vector<unsigned char> fakeColours(const Indices& indices);
+
+// The frame in the colours of `palette`, CLEAR transparent: how it shows.
+std::vector<unsigned char> shownColours(const Indices& indices, const unsigned char* palette);
+
+// How an edited picture is turned back into indices.
+struct Lookup {
+    const unsigned char* palette; // the colours it is shown in, for RGBA pictures
+    unsigned int begin;           // the lowest index a painted pixel may take
+    bool nearest;                 // a colour not in the palette takes the nearest instead of a refusal
+};
+
+// The indices of frame `frame` of an entry, saved as `name`. An indexed
+// picture gives its indices as they stand, and a pixel whose palette entry
+// is transparent is CLEAR. In an RGBA picture alpha 0 is CLEAR and any
+// other colour the lowest index of `lookup` that holds it.
+Indices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name, unsigned int frame);
+
+// A graphic entry that stores exactly `frames`, with `palette` as its
+// colours for the palette block.
+Content* graphicOfIndices(const std::vector<Indices>& frames, unsigned short width, unsigned short height,
+                          unsigned char clearOnce, unsigned char clearMod, unsigned char* palette,
+                          unsigned short palOffset, unsigned short palSize, unsigned short flags);
+
+// A cursor entry that stores exactly `frames` (CLEAR as index 0) and `palette`.
+Content* cursorOfIndices(const std::vector<Indices>& frames, unsigned char* palette);
+
+} // namespace lbxtool
+
+#endif

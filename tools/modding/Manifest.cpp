@@ -1,0 +1,168 @@
+#include "tools/modding/Manifest.h"
+
+#include "tools/modding/Shapes.h"
+#include "tools/modding/TextEscape.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+
+namespace lbxtool {
+
+namespace {
+
+namespace layout = zorv2::Lbx::layout;
+
+constexpr char HEX[] = "0123456789abcdef";
+constexpr std::size_t HEX_PER_COLOUR = 6;
+
+bool plainName(const std::string& name)
+{
+    return !name.empty() && name != "." && name != ".." && name.find('/') == std::string::npos &&
+           name.find('\0') == std::string::npos;
+}
+
+constexpr int INDENT = 2;
+// nlohmann's messages begin with a tag for programs: "[json.exception.parse_error.101] ".
+constexpr char TAG_END = ']';
+
+void writeValue(const Json& value, int depth, std::string& text)
+{
+    const std::string inner(std::size_t(depth + 1) * INDENT, ' '), outer(std::size_t(depth) * INDENT, ' ');
+    if (value.is_object() && !value.empty()) {
+        text += "{\n";
+        for (auto item = value.begin(); item != value.end(); ++item) {
+            text += inner + Json(item.key()).dump() + ": ";
+            writeValue(item.value(), depth + 1, text);
+            text += std::next(item) == value.end() ? "\n" : ",\n";
+        }
+        text += outer + "}";
+    } else if (value.is_array() && !value.empty() &&
+               !std::all_of(value.begin(), value.end(), [](const Json& item) { return item.is_number(); })) {
+        text += "[\n";
+        for (std::size_t i = 0; i < value.size(); ++i) {
+            text += inner;
+            writeValue(value[i], depth + 1, text);
+            text += i + 1 == value.size() ? "\n" : ",\n";
+        }
+        text += outer + "]";
+    } else {
+        text += value.dump(-1, ' ', false, Json::error_handler_t::strict);
+    }
+}
+
+} // namespace
+
+Json parseManifest(const std::string& text, const std::string& path)
+{
+    try {
+        return Json::parse(text);
+    } catch (const Json::exception& e) {
+        const std::string what = e.what();
+        const std::size_t tag = what.find(TAG_END);
+        throw std::runtime_error("'" + path + "' is not valid JSON (" +
+                                 (tag == std::string::npos ? what : what.substr(tag + 2)) + ")");
+    }
+}
+
+std::string manifestText(const Json& manifest)
+{
+    std::string text;
+    writeValue(manifest, 0, text);
+    return text + "\n";
+}
+
+std::runtime_error ManifestPlace::problem(const std::string& what) const
+{
+    return std::runtime_error("'" + manifest + "'" + (entry < 0 ? "" : " entry " + std::to_string(entry)) + ": " +
+                              what);
+}
+
+const Json& member(const Json& object, const char* key, const ManifestPlace& place)
+{
+    if (!object.is_object() || !object.contains(key))
+        throw place.problem(std::string("'") + key + "' is missing");
+    return object.at(key);
+}
+
+unsigned int number(const Json& object, const char* key, unsigned int largest, const ManifestPlace& place)
+{
+    const Json& value = member(object, key, place);
+    if (!value.is_number_unsigned() || value.get<unsigned long long>() > largest)
+        throw place.problem(std::string("'") + key + "' must be a number from 0 to " + std::to_string(largest));
+    return value.get<unsigned int>();
+}
+
+std::string text(const Json& object, const char* key, const ManifestPlace& place)
+{
+    const Json& value = member(object, key, place);
+    if (!value.is_string())
+        throw place.problem(std::string("'") + key + "' must be a text");
+    return value.get<std::string>();
+}
+
+std::vector<unsigned int> numbers(const Json& object, const char* key, std::size_t count, unsigned int largest,
+                                  const ManifestPlace& place)
+{
+    const Json& value = member(object, key, place);
+    const std::string must = std::string("'") + key + "' must be a list of " + std::to_string(count) +
+                             " numbers from 0 to " + std::to_string(largest);
+    if (!value.is_array() || value.size() != count)
+        throw place.problem(must);
+    std::vector<unsigned int> all;
+    for (const Json& item : value) {
+        if (!item.is_number_unsigned() || item.get<unsigned long long>() > largest)
+            throw place.problem(must);
+        all.push_back(item.get<unsigned int>());
+    }
+    return all;
+}
+
+std::string fileName(const Json& object, const char* key, const ManifestPlace& place)
+{
+    const std::string name = text(object, key, place);
+    if (!plainName(name))
+        throw place.problem("'" + name + "' is not the name of a file in the folder");
+    return name;
+}
+
+std::vector<std::string> fileNames(const Json& object, const char* key, const ManifestPlace& place)
+{
+    const Json& value = member(object, key, place);
+    if (!value.is_array())
+        throw place.problem(std::string("'") + key + "' must be a list of file names");
+    std::vector<std::string> names;
+    for (const Json& item : value) {
+        if (!item.is_string() || !plainName(item.get<std::string>()))
+            throw place.problem(std::string("'") + key + "' must be a list of names of files in the folder");
+        names.push_back(item.get<std::string>());
+    }
+    return names;
+}
+
+std::string hexColours(const unsigned char* palette)
+{
+    std::string hex;
+    for (unsigned int i = 0; i < COLORS; ++i)
+        for (unsigned int c = layout::RED; c < layout::ALPHA; ++c) {
+            hex += HEX[palette[i * PIXEL_SIZE + c] >> 4];
+            hex += HEX[palette[i * PIXEL_SIZE + c] & 0xF];
+        }
+    return hex;
+}
+
+void readHexColours(const std::string& hex, unsigned char* palette, const ManifestPlace& place)
+{
+    if (hex.size() != COLORS * HEX_PER_COLOUR)
+        throw place.problem("'beneath' must be 256 colours of 6 hex digits");
+    for (std::size_t at = 0; at < hex.size(); at += 2) {
+        const int high = hexValue(hex[at]), low = hexValue(hex[at + 1]);
+        if (high < 0 || low < 0)
+            throw place.problem("'beneath' must be 256 colours of 6 hex digits");
+        const std::size_t colour = at / HEX_PER_COLOUR, component = at % HEX_PER_COLOUR / 2;
+        palette[colour * PIXEL_SIZE + component] = static_cast<unsigned char>(high << 4 | low);
+        palette[colour * PIXEL_SIZE + layout::ALPHA] = layout::OPAQUE;
+    }
+}
+
+} // namespace lbxtool

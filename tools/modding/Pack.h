@@ -1,0 +1,49 @@
+#ifndef ZORV2_LBX_TOOLS_MODDING_PACK_H
+#define ZORV2_LBX_TOOLS_MODDING_PACK_H
+
+#include "tools/modding/Files.h"
+#include "tools/modding/Forms.h"
+#include "tools/modding/Header.h"
+#include "tools/modding/Manifest.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+// An archive put together again from the files that unpack made.
+namespace lbxtool {
+
+// The archive an unpacked folder describes.
+struct PackPlan {
+    std::string archive; // its file name
+    const Json* entries; // the manifest's entries, in order
+};
+
+// What the manifest read from `manifestPath` says of the archive; throws a
+// message naming the field when it is not what unpack writes.
+PackPlan planPack(const Json& manifest, const std::string& manifestPath);
+
+// Throws unless `folder`, which holds `held`, holds exactly the files that
+// `entries` name, and the manifest: a missing one would leave an entry out,
+// an unnamed one is an edit that would be lost.
+void requireNamedFiles(const std::string& folder, const std::vector<Files::Listed>& held, const Json& entries,
+                       const std::string& manifestPath);
+
+// One entry made from its files, and how it changed.
+struct PackedEntry {
+    std::unique_ptr<Content> entry;
+    std::string change; // "ARCHIVE[3]: text", empty when it is as it was unpacked
+};
+
+// Entry `index` of `plan`, made from its files in `folder` as `read` reads
+// them; `target` is the archive it goes into, for the change's name.
+PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace& place, const std::string& target);
+
+// What to tell the user when the archive written holds a header area other
+// than the one unpacked (`area`, of an archive `tagged` or not): the
+// library's writer always tags and fills with zeros. Empty when they agree.
+std::string headerNote(const Json& manifest, const std::string& area, bool tagged, const std::string& manifestPath);
+
+} // namespace lbxtool
+
+#endif

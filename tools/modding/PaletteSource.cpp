@@ -1,0 +1,175 @@
+#include "tools/modding/PaletteSource.h"
+
+#include "images/Cursor.h"
+#include "images/Graphic.h"
+#include "images/Palette.h"
+#include "knowledge/Magic.h"
+#include "tools/modding/Names.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <set>
+#include <stdexcept>
+
+namespace lbxtool {
+
+namespace {
+
+using Palette = Content::Palette;
+using zorv2::Lbx::Magic;
+
+} // namespace
+
+void paintPalette(Content* entry, const std::string& name, unsigned char* palette)
+{
+    if (entry->type() == Content::CURSOR) {
+        const unsigned char* own = entry->cursor()->palette();
+        std::copy(own, own + PALETTE_BYTES, palette);
+    } else if (entry->type() == Content::GRAPHIC && entry->graphic()->hasPalette()) {
+        entry->graphic()->palette(palette);
+    } else {
+        throw std::runtime_error(name + " holds no palette (it is " + entry->typeStr() + ")");
+    }
+}
+
+PaletteSource::PaletteSource(File& archive, const std::string& explicitSource, Files& files, Warnings& warnings)
+    : archive(archive),
+      files(files),
+      warnings(warnings),
+      folder(std::filesystem::path(archive.path()).parent_path().string()),
+      row(catalogueRow(archive.path()))
+{
+    if (!explicitSource.empty())
+        explicitPalette = read(explicitSource, files);
+}
+
+PaletteArray PaletteSource::read(const std::string& reference, Files& files)
+{
+    const EntryRef source = parseEntryRef(reference);
+    std::unique_ptr<Content> entry = files.readEntry(source.archive, source.index);
+    PaletteArray palette(Palette::empty());
+    paintPalette(entry.get(), entryName(source.archive, source.index), palette.get());
+    return palette;
+}
+
+std::vector<std::string> PaletteSource::sourcePaths()
+{
+    std::vector<std::string> paths;
+    if (explicitPalette || row == File::LBX_UNKNOWN)
+        return paths;
+    std::set<File::LBX_FILE> rows;
+    for (unsigned int index = 0; index < archive.size(); ++index) {
+        File::LBX_FILE sourceRow;
+        unsigned int sourceIndex;
+        if (Magic::palInt(row, index, &sourceRow, &sourceIndex))
+            rows.insert(sourceRow);
+        if (Magic::palExt(row, index, &sourceRow, &sourceIndex))
+            rows.insert(sourceRow);
+    }
+    rows.erase(row);
+    for (const File::LBX_FILE sourceRow : rows) {
+        const std::string path = findArchive(files, folder, File::LBX_FILE_NAME(sourceRow));
+        if (!path.empty())
+            paths.push_back(path);
+    }
+    return paths;
+}
+
+PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
+{
+    const std::lock_guard<std::mutex> inTurn(turn);
+    PaletteArray palette(Palette::empty());
+    Content::Graphic* graphic = archive.at(index)->graphic();
+    const std::string name = entryName(archive.path(), index);
+    bool found = false;
+    if (explicitPalette) {
+        std::copy(explicitPalette.get(), explicitPalette.get() + PALETTE_BYTES, palette.get());
+        found = true;
+    } else if (row != File::LBX_UNKNOWN) {
+        File::LBX_FILE sourceRow;
+        unsigned int sourceIndex;
+        // Beneath: the entry of FONTS that the game loads first.
+        if (Magic::palInt(row, index, &sourceRow, &sourceIndex))
+            found = paintFrom(sourceRow, sourceIndex, palette.get());
+        // Over it: an entry of the archive itself; when that is the graphic,
+        // its own block below is the source.
+        if (Magic::palExt(row, index, &sourceRow, &sourceIndex)) {
+            if (sourceRow == row && sourceIndex == index)
+                found = found || graphic->hasPalette();
+            else
+                found = paintFrom(sourceRow, sourceIndex, palette.get()) || found;
+        }
+    }
+    if (ownBlock && graphic->hasPalette()) {
+        try {
+            graphic->palette(palette.get());
+        } catch (const std::exception& e) {
+            warnings.warn(name + ": " + e.what());
+        }
+    }
+    if (!found)
+        warnings.warn("no palette source for " + name + "; using black with the colours it holds itself");
+    return palette;
+}
+
+bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex, unsigned char* palette)
+{
+    File* source = sourceArchive(sourceRow);
+    if (source == nullptr)
+        return false;
+    const std::string name = entryName(source->path(), sourceIndex);
+    try {
+        paintPalette(sourceEntry(*source, sourceIndex), name, palette);
+        return true;
+    } catch (const std::exception& e) {
+        warnings.warn("palette source " + name + ": " + e.what());
+        return false;
+    }
+}
+
+PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
+{
+    Source source;
+    const std::string name = File::LBX_FILE_NAME(sourceRow);
+    const std::string path = findArchive(files, folder, name);
+    if (path.empty()) {
+        source.problem = "palette source " + name + ".LBX not found beside " + archive.path();
+        return source;
+    }
+    try {
+        source.archive = files.openArchive(path);
+    } catch (const std::exception& e) {
+        source.problem = std::string("palette source: ") + e.what();
+    }
+    return source;
+}
+
+File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow)
+{
+    if (sourceRow == row)
+        return &archive;
+    const auto [known, added] = opened.try_emplace(sourceRow);
+    if (added)
+        known->second = openSource(sourceRow);
+    // Said each time: which entry needs the source first depends on the
+    // order the entries are worked on, and a warning is printed once.
+    if (!known->second.archive)
+        warnings.warn(known->second.problem);
+    return known->second.archive.get();
+}
+
+// Other workers work on the entries of this archive at the same time, and
+// reading a palette may change an entry (a cursor builds its own on first
+// use): the source reads copies of its own.
+Content* PaletteSource::sourceEntry(File& source, unsigned int index)
+{
+    Content* entry = source.at(index); // the library's message for an index out of range
+    if (&source != &archive)
+        return entry;
+    std::unique_ptr<Content>& copy = copies[index];
+    if (!copy)
+        copy = std::make_unique<Content>(*entry);
+    return copy.get();
+}
+
+} // namespace lbxtool

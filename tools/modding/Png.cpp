@@ -1,0 +1,286 @@
+#include "tools/modding/Png.h"
+
+#include "tools/modding/Shapes.h"
+
+#include <png.h>
+
+#include <csetjmp>
+#include <cstdint>
+#include <cstdio>
+#include <cstring>
+#include <new>
+#include <stdexcept>
+
+namespace lbxtool {
+
+namespace {
+
+using zorv2::Lbx::layout::BLUE;
+using zorv2::Lbx::layout::GREEN;
+using zorv2::Lbx::layout::OPAQUE;
+using zorv2::Lbx::layout::RED;
+
+constexpr int INDEX_BITS = 8;
+
+// Whatever the tool reads becomes a frame, which the library holds to 2^26
+// pixels; a file that claims more is refused before its pixels have memory.
+constexpr std::uint64_t MOST_PIXELS = std::uint64_t{1} << 26;
+// The tool uses no ancillary chunk. These bound what a file can make libpng
+// keep of them (its usual limits, set here since a build may lack them).
+constexpr png_uint_32 MOST_KEPT_CHUNKS = 1000;
+constexpr png_alloc_size_t LARGEST_KEPT_CHUNK = 8000000;
+
+// The tool writes nothing but palette colours, for which filters cost time
+// and seldom save bytes. zlib's fastest level then writes 2 to 7 times as
+// fast as libpng's defaults, the files an eighth to a half larger, more for a
+// texture that repeats at long distances (bench/png-compare).
+constexpr int COMPRESSION_LEVEL = 1;
+
+// libpng reports a failure to a callback that must not return. The callback
+// keeps libpng's words and jumps back into `guarded`: only C data may live
+// on the stack between the two, since a jump runs no destructor.
+struct Failure {
+    char message[160] = {};
+};
+
+[[noreturn]] void keepFailure(png_structp png, png_const_charp message)
+{
+    std::snprintf(static_cast<Failure*>(png_get_error_ptr(png))->message, sizeof(Failure::message), "%s", message);
+    png_longjmp(png, 1);
+}
+
+void ignoreWarning(png_structp, png_const_charp) {}
+
+// Runs `step`, libpng calls on C data alone; false when libpng failed.
+template <typename Step>
+bool guarded(png_structp png, const Step& step)
+{
+    if (setjmp(png_jmpbuf(png)))
+        return false;
+    step();
+    return true;
+}
+
+struct Source {
+    const unsigned char* bytes;
+    std::size_t size;
+    std::size_t offset;
+};
+
+void readFrom(png_structp png, png_bytep data, std::size_t length)
+{
+    Source& source = *static_cast<Source*>(png_get_io_ptr(png));
+    if (length > source.size - source.offset)
+        png_error(png, "file ends early");
+    std::memcpy(data, source.bytes + source.offset, length);
+    source.offset += length;
+}
+
+void appendTo(png_structp png, png_bytep data, std::size_t length)
+{
+    bool appended = true;
+    try {
+        static_cast<std::string*>(png_get_io_ptr(png))->append(reinterpret_cast<const char*>(data), length);
+    } catch (const std::bad_alloc&) {
+        appended = false;
+    }
+    if (!appended)
+        png_error(png, "out of memory");
+}
+
+void flushNothing(png_structp) {}
+
+std::vector<png_bytep> rowsOf(const unsigned char* pixels, std::size_t rowBytes, unsigned int height)
+{
+    std::vector<png_bytep> rows(height);
+    for (unsigned int y = 0; y < height; ++y)
+        rows[y] = const_cast<png_bytep>(pixels) + y * rowBytes;
+    return rows;
+}
+
+class Reading {
+public:
+    explicit Reading(const std::string& bytes)
+        : png(png_create_read_struct(PNG_LIBPNG_VER_STRING, &failure, keepFailure, ignoreWarning)),
+          info(png ? png_create_info_struct(png) : nullptr),
+          source{reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size(), 0}
+    {
+        if (info == nullptr) {
+            png_destroy_read_struct(&png, nullptr, nullptr);
+            throw std::bad_alloc();
+        }
+    }
+    ~Reading() { png_destroy_read_struct(&png, &info, nullptr); }
+    Reading(const Reading&) = delete;
+    Reading& operator=(const Reading&) = delete;
+
+    Failure failure;
+    png_structp png;
+    png_infop info;
+    Source source;
+};
+
+class Writing {
+public:
+    Writing()
+        : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, &failure, keepFailure, ignoreWarning)),
+          info(png ? png_create_info_struct(png) : nullptr)
+    {
+        if (info == nullptr) {
+            png_destroy_write_struct(&png, nullptr);
+            throw std::bad_alloc();
+        }
+    }
+    ~Writing() { png_destroy_write_struct(&png, &info); }
+    Writing(const Writing&) = delete;
+    Writing& operator=(const Writing&) = delete;
+
+    Failure failure;
+    png_structp png;
+    png_infop info;
+};
+
+std::runtime_error unreadable(const std::string& name, const std::string& reason)
+{
+    return std::runtime_error("'" + name + "' is not a readable PNG (" + reason + ")");
+}
+
+// Any colour type and depth as 8-bit RGBA: a palette and grey through their
+// colours, transparency (tRNS) as alpha, 16 bits cut to their high byte.
+void convertToRgba(png_structp png)
+{
+    png_set_expand(png);
+    png_set_strip_16(png);
+    png_set_gray_to_rgb(png);
+    png_set_add_alpha(png, OPAQUE, PNG_FILLER_AFTER);
+}
+
+void readPalette(png_structp png, png_infop info, Picture& picture)
+{
+    png_colorp colors = nullptr;
+    int entries = 0;
+    png_get_PLTE(png, info, &colors, &entries);
+    png_bytep alphas = nullptr;
+    int transparent = 0;
+    png_get_tRNS(png, info, &alphas, &transparent, nullptr);
+    picture.palette.assign(PALETTE_BYTES, 0);
+    for (int i = 0; i < entries; ++i) {
+        unsigned char* entry = &picture.palette[i * PIXEL_SIZE];
+        entry[RED] = colors[i].red;
+        entry[GREEN] = colors[i].green;
+        entry[BLUE] = colors[i].blue;
+        entry[ALPHA] = i < transparent ? alphas[i] : OPAQUE;
+    }
+    if (entries != static_cast<int>(COLORS)) {
+        picture.pixels = rgbaOf(picture);
+        picture.indexed = false;
+    }
+}
+
+// The PNG file of `pixels`: indices into `palette` when there is one, each
+// entry's alpha its transparency, else RGBA.
+std::string encoded(const unsigned char* pixels, unsigned int width, unsigned int height, const unsigned char* palette,
+                    const std::string& name)
+{
+    Writing writing;
+    std::string file;
+    const int colorType = palette != nullptr ? PNG_COLOR_TYPE_PALETTE : PNG_COLOR_TYPE_RGBA;
+    const std::size_t rowBytes = std::size_t(width) * (palette != nullptr ? 1 : PIXEL_SIZE);
+    const std::vector<png_bytep> rows = rowsOf(pixels, rowBytes, height);
+    png_color colors[COLORS];
+    png_byte alphas[COLORS];
+    int transparent = 0;
+    for (unsigned int i = 0; palette != nullptr && i < COLORS; ++i) {
+        const unsigned char* entry = palette + i * PIXEL_SIZE;
+        colors[i] = {entry[RED], entry[GREEN], entry[BLUE]};
+        alphas[i] = entry[ALPHA];
+        if (alphas[i] != OPAQUE)
+            transparent = static_cast<int>(i) + 1;
+    }
+    const bool written = guarded(writing.png, [&] {
+        png_set_write_fn(writing.png, &file, appendTo, flushNothing);
+        png_set_compression_level(writing.png, COMPRESSION_LEVEL);
+        png_set_filter(writing.png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
+        png_set_IHDR(writing.png, writing.info, width, height, INDEX_BITS, colorType, PNG_INTERLACE_NONE,
+                     PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
+        if (palette != nullptr) {
+            png_set_PLTE(writing.png, writing.info, colors, COLORS);
+            if (transparent != 0)
+                png_set_tRNS(writing.png, writing.info, alphas, transparent, nullptr);
+        }
+        png_write_info(writing.png, writing.info);
+        png_write_image(writing.png, const_cast<png_bytepp>(rows.data()));
+        png_write_end(writing.png, nullptr);
+    });
+    if (!written)
+        throw std::runtime_error("could not encode '" + name + "' (" + writing.failure.message + ")");
+    return file;
+}
+
+} // namespace
+
+Picture readPicture(const std::string& bytes, const std::string& name)
+{
+    Reading reading(bytes);
+    png_structp png = reading.png;
+    png_infop info = reading.info;
+    const auto fail = [&] { return unreadable(name, reading.failure.message); };
+    if (!guarded(png, [&] {
+            png_set_read_fn(png, &reading.source, readFrom);
+            png_set_chunk_cache_max(png, MOST_KEPT_CHUNKS);
+            png_set_chunk_malloc_max(png, LARGEST_KEPT_CHUNK);
+            png_read_info(png, info);
+        }))
+        throw fail();
+    Picture picture;
+    picture.width = png_get_image_width(png, info);
+    picture.height = png_get_image_height(png, info);
+    if (std::uint64_t{picture.width} * picture.height > MOST_PIXELS)
+        throw unreadable(name, std::to_string(picture.width) + "x" + std::to_string(picture.height) +
+                                   ", more than " + std::to_string(MOST_PIXELS) + " pixels");
+    // Left in the file's own form, an 8-bit indexed PNG's pixels are its
+    // palette indices.
+    picture.indexed =
+        png_get_color_type(png, info) == PNG_COLOR_TYPE_PALETTE && png_get_bit_depth(png, info) == INDEX_BITS;
+    if (!guarded(png, [&] {
+            if (!picture.indexed)
+                convertToRgba(png);
+            png_set_interlace_handling(png);
+            png_read_update_info(png, info);
+        }))
+        throw fail();
+    picture.pixels.resize(png_get_rowbytes(png, info) * picture.height);
+    const std::vector<png_bytep> rows = rowsOf(picture.pixels.data(), png_get_rowbytes(png, info), picture.height);
+    if (!guarded(png, [&] {
+            png_read_image(png, const_cast<png_bytepp>(rows.data()));
+            png_read_end(png, nullptr);
+        }))
+        throw fail();
+    if (picture.indexed)
+        readPalette(png, info, picture);
+    return picture;
+}
+
+std::vector<unsigned char> rgbaOf(const Picture& picture)
+{
+    if (!picture.indexed)
+        return picture.pixels;
+    std::vector<unsigned char> rgba;
+    rgba.reserve(picture.pixels.size() * PIXEL_SIZE);
+    for (const unsigned char index : picture.pixels)
+        rgba.insert(rgba.end(), &picture.palette[index * PIXEL_SIZE], &picture.palette[index * PIXEL_SIZE] + PIXEL_SIZE);
+    return rgba;
+}
+
+std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
+                       const unsigned char* palette, const std::string& name)
+{
+    return encoded(indices, width, height, palette, name);
+}
+
+std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name)
+{
+    return encoded(rgba, width, height, nullptr, name);
+}
+
+} // namespace lbxtool

@@ -1,0 +1,41 @@
+#include "tools/modding/Unpack.h"
+
+#include "tools/modding/EntryView.h"
+#include "tools/modding/Forms.h"
+#include "tools/modding/Hash.h"
+#include "tools/modding/Names.h"
+
+#include <filesystem>
+
+namespace lbxtool {
+
+UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
+                          PaletteSource& palettes)
+{
+    Content* entry = archive.at(index);
+    EntryForm form = editableForm(entry, {stem, index, palettes});
+    UnpackedEntry done;
+    form.manifest[key::SHAPE] = shapeOf(entry);
+    form.manifest[key::HASH] = hashOf(std::string(entry->data(), entry->size()));
+    for (auto* made : {&form.files, &form.views})
+        for (auto& [name, bytes] : *made) {
+            form.manifest[key::FILES][name] = hashOf(bytes);
+            done.files[name] = std::move(bytes);
+        }
+    if (form.manifest.contains(key::WHY))
+        done.kept = entryName(path, index) + " (" + entry->typeStr() + "): " + form.manifest[key::WHY].get<std::string>();
+    done.manifest = std::move(form.manifest);
+    return done;
+}
+
+Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea)
+{
+    Json manifest;
+    manifest[key::ARCHIVE] = std::filesystem::path(path).filename().string();
+    manifest[key::TAGGED] = archive.tagged();
+    manifest[key::HEADER] = hashOf(headerArea);
+    manifest[key::ENTRIES] = Json::array();
+    return manifest;
+}
+
+} // namespace lbxtool

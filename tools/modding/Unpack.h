@@ -1,0 +1,36 @@
+#ifndef ZORV2_LBX_TOOLS_MODDING_UNPACK_H
+#define ZORV2_LBX_TOOLS_MODDING_UNPACK_H
+
+#include "archive/File.h"
+#include "tools/modding/Manifest.h"
+#include "tools/modding/PaletteSource.h"
+
+#include <map>
+#include <string>
+
+// An archive taken apart into files that ordinary editors open, with a
+// manifest of what they cannot hold; pack puts them together again byte for
+// byte.
+namespace lbxtool {
+
+using zorv2::Lbx::File;
+
+// One entry unpacked: its part of the manifest, and its files by name.
+struct UnpackedEntry {
+    Json manifest;
+    std::map<std::string, std::string> files;
+    std::string kept; // why its bytes are kept as they are, if they are
+};
+
+// Entry `index` of the archive at `path`, its files named after `stem`, its
+// colours from `palettes`.
+UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
+                          PaletteSource& palettes);
+
+// The manifest's own fields for the archive at `path`, whose header area
+// holds `headerArea`; its entries follow in order.
+Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea);
+
+} // namespace lbxtool
+
+#endif

@@ -1,0 +1,129 @@
+#include "tools/platform/Inputs.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace lbxtool {
+
+namespace {
+
+// Runs `read` on `path`, giving a failure the system's reason.
+template <typename Read>
+auto reading(const std::string& path, Read read)
+{
+    requireRegularFile(path);
+    try {
+        return read();
+    } catch (const std::exception& e) {
+        throw withReason(e, path);
+    }
+}
+
+} // namespace
+
+void withSystemReason(const std::string& path, const std::function<void()>& read)
+{
+    reading(path, [&] {
+        read();
+        return 0;
+    });
+}
+
+std::unique_ptr<File> openArchive(const std::string& path)
+{
+    return reading(path, [&] { return std::make_unique<File>(path); });
+}
+
+std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index)
+{
+    return reading(path, [&] { return std::unique_ptr<Content>(File::at(path, index)); });
+}
+
+std::string readBytes(const std::string& path, std::size_t limit)
+{
+    requireRegularFile(path);
+    std::ifstream in(path, std::ios::binary);
+    if (!in.good())
+        throw withReason(std::runtime_error("could not open '" + path + "'"), path);
+    if (limit == ALL_BYTES)
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    std::string bytes(limit, '\0');
+    in.read(bytes.data(), static_cast<std::streamsize>(limit));
+    bytes.resize(static_cast<std::size_t>(in.gcount()));
+    return bytes;
+}
+
+std::unique_ptr<Content> readEntryFile(const std::string& path)
+{
+    return reading(path, [&] { return std::make_unique<Content>(path); });
+}
+
+std::size_t listedEntries(const std::string& path)
+{
+    try {
+        return File::size(path);
+    } catch (const std::exception&) {
+        return 0;
+    }
+}
+
+void requireEntries(File& archive, std::size_t entries)
+{
+    if (archive.size() != entries)
+        throw std::runtime_error("'" + archive.path() + "' changed while it was read");
+}
+
+std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted)
+{
+    if (wanted.empty()) {
+        std::vector<unsigned int> all(archive.size());
+        for (unsigned int i = 0; i < all.size(); ++i)
+            all[i] = i;
+        return all;
+    }
+    for (unsigned int index : wanted)
+        archive.at(index); // the library's own message for an index out of range
+    return wanted;
+}
+
+std::string unreadableReason(const std::string& path)
+{
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+    if (descriptor < 0)
+        return std::strerror(errno);
+    ::close(descriptor);
+    return "";
+}
+
+std::runtime_error withReason(const std::exception& failure, const std::string& path)
+{
+    const std::string reason = unreadableReason(path);
+    return std::runtime_error(reason.empty() ? failure.what() : std::string(failure.what()) + " (" + reason + ")");
+}
+
+std::string SystemFiles::read(const std::string& path)
+{
+    return readBytes(path);
+}
+
+void SystemFiles::write(const std::string& path, const std::string& bytes)
+{
+    writer.writeBytes(path, bytes, Existing::Replace);
+}
+
+std::unique_ptr<File> SystemFiles::openArchive(const std::string& path)
+{
+    return lbxtool::openArchive(path);
+}
+
+std::unique_ptr<Content> SystemFiles::readEntry(const std::string& path, unsigned int index)
+{
+    return lbxtool::readEntry(path, index);
+}
+
+} // namespace lbxtool

@@ -1,0 +1,76 @@
+#ifndef ZORV2_LBX_TOOLS_PLATFORM_INPUTS_H
+#define ZORV2_LBX_TOOLS_PLATFORM_INPUTS_H
+
+#include "archive/File.h"
+#include "tools/modding/Files.h"
+#include "tools/platform/SafeWrite.h"
+
+#include <functional>
+#include <limits>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// How the lbx tool reads what it is given. The library's messages come
+// through unchanged; when the system can say why a file does not open, its
+// reason follows them.
+namespace lbxtool {
+
+using zorv2::Lbx::Content;
+using zorv2::Lbx::File;
+
+// Runs `read`, which reads `path` through the library or another reader; a
+// failure keeps its text and gains the system's reason.
+void withSystemReason(const std::string& path, const std::function<void()>& read);
+
+// The archive at `path`, validated and classified.
+std::unique_ptr<File> openArchive(const std::string& path);
+
+// Entry `index` of the archive at `path`, without reading the others.
+std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index);
+
+// The bytes of a file, or its first `limit` bytes.
+constexpr std::size_t ALL_BYTES = std::numeric_limits<std::size_t>::max();
+std::string readBytes(const std::string& path, std::size_t limit = ALL_BYTES);
+
+// A whole file taken as one entry.
+std::unique_ptr<Content> readEntryFile(const std::string& path);
+
+// The number of entries the header of the archive at `path` lists; 0 when
+// it cannot be read, which opening the archive then reports.
+std::size_t listedEntries(const std::string& path);
+
+// Throws unless `archive` holds the `entries` entries its header listed
+// before: the file changed in between.
+void requireEntries(File& archive, std::size_t entries);
+
+// The indices a command works on: every entry when none are given, otherwise
+// those given, each checked against the archive.
+std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted);
+
+// The system's reason why `path` cannot be opened for reading, such as
+// "No such file or directory"; empty when it can be.
+std::string unreadableReason(const std::string& path);
+
+// `failure`'s text, unchanged, with the system's reason behind it in
+// parentheses when `path` cannot be opened.
+std::runtime_error withReason(const std::exception& failure, const std::string& path);
+
+// Files as the command line reaches them: read with the system's reasons,
+// written through `writer`, replacing what is there.
+class SystemFiles : public PlainFiles {
+public:
+    explicit SystemFiles(const SafeWriter& writer) : writer(writer) {}
+    std::string read(const std::string& path) override;
+    void write(const std::string& path, const std::string& bytes) override;
+    std::unique_ptr<File> openArchive(const std::string& path) override;
+    std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index) override;
+
+private:
+    const SafeWriter& writer;
+};
+
+} // namespace lbxtool
+
+#endif

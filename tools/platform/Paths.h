@@ -1,0 +1,17 @@
+#ifndef ZORV2_LBX_TOOLS_PLATFORM_PATHS_H
+#define ZORV2_LBX_TOOLS_PLATFORM_PATHS_H
+
+#include <string>
+
+namespace lbxtool {
+
+// Creates `folder` and its parents unless they exist; throws a message naming it.
+void makeFolder(const std::string& folder);
+
+// "DIR/STEM/" and "DIR/./STEM" as "DIR/STEM": the folder a user named,
+// whatever way they wrote it.
+std::string folderName(const std::string& folder);
+
+} // namespace lbxtool
+
+#endif

@@ -1,0 +1,208 @@
+#include "tools/platform/SafeWrite.h"
+
+#include "tools/modding/Files.h"
+#include "tools/modding/Header.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <filesystem>
+#include <stdexcept>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <utility>
+
+namespace fs = std::filesystem;
+
+namespace lbxtool {
+
+namespace {
+
+const std::string TEMPORARY_SUFFIX = ".lbx-part";
+// As many links in a row as the system itself follows before it gives up.
+constexpr int LINK_HOPS = 40;
+constexpr mode_t NEW_FILE_MODE = 0666; // less the umask, as any program creates files
+constexpr mode_t MODE_BITS = 07777;
+
+std::runtime_error cannotWrite(const std::string& target, const std::string& reason)
+{
+    return std::runtime_error("could not write to '" + target + "' (" + reason + ")");
+}
+
+std::runtime_error systemFailure(const std::string& target)
+{
+    return cannotWrite(target, std::strerror(errno));
+}
+
+// The file a path finally names: a link is followed to where it points, so
+// that the link stays and its target is replaced.
+fs::path followLinks(fs::path path)
+{
+    for (int hop = 0; hop < LINK_HOPS; ++hop) {
+        struct stat status;
+        if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode))
+            return path;
+        const fs::path to = fs::read_symlink(path);
+        path = to.is_absolute() ? to : path.parent_path() / to;
+    }
+    throw std::runtime_error("'" + path.string() + "' is behind too many symbolic links");
+}
+
+// The temporary file: created here, removed again unless it took the
+// target's place.
+class Temporary {
+public:
+    Temporary(std::string path, const std::string& target) : path(std::move(path))
+    {
+        descriptor = ::open(this->path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE_MODE);
+        if (descriptor >= 0)
+            return;
+        if (errno == EEXIST)
+            throw std::runtime_error("'" + this->path + "' is in the way of writing '" + target +
+                                     "'; remove it if an interrupted write left it");
+        throw systemFailure(target);
+    }
+
+    ~Temporary()
+    {
+        if (descriptor >= 0)
+            ::close(descriptor);
+        if (!placed)
+            ::unlink(path.c_str());
+    }
+
+    Temporary(const Temporary&) = delete;
+    Temporary& operator=(const Temporary&) = delete;
+
+    // The owner first: a change of owner clears the set-user-ID bits.
+    void takeOwnerAndMode(const struct stat& original, const std::string& target)
+    {
+        [[maybe_unused]] const int kept = ::fchown(descriptor, original.st_uid, original.st_gid);
+        if (::fchmod(descriptor, original.st_mode & MODE_BITS) != 0)
+            throw systemFailure(target);
+    }
+
+    // Closes the file, after syncing it to the disk when `durable`.
+    void close(bool durable, const std::string& target)
+    {
+        const int closing = descriptor;
+        descriptor = -1;
+        if ((durable && ::fsync(closing) != 0) || ::close(closing) != 0)
+            throw systemFailure(target);
+    }
+
+    void replace(const fs::path& file, const std::string& target)
+    {
+        if (::rename(path.c_str(), file.c_str()) != 0)
+            throw systemFailure(target);
+        placed = true;
+    }
+
+    std::string path;
+    int descriptor = -1;
+
+private:
+    bool placed = false;
+};
+
+// The rename itself reaches the disk only with the folder's own sync.
+void syncFolder(const fs::path& folder)
+{
+    const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0)
+        return;
+    ::fsync(descriptor);
+    ::close(descriptor);
+}
+
+void writeAll(int descriptor, const char* data, std::size_t size, const std::string& target)
+{
+    while (size > 0) {
+        const ssize_t written = ::write(descriptor, data, size);
+        if (written < 0 && errno == EINTR)
+            continue;
+        if (written < 0)
+            throw systemFailure(target);
+        data += written;
+        size -= static_cast<std::size_t>(written);
+    }
+}
+
+} // namespace
+
+void SafeWriter::protect(const std::vector<std::string>& paths)
+{
+    for (const std::string& path : paths) {
+        struct stat status;
+        if (::stat(path.c_str(), &status) == 0)
+            inputs.push_back({status.st_dev, status.st_ino, path});
+    }
+}
+
+bool SafeWriter::existingTarget(const std::string& target, Existing existing, struct stat& status) const
+{
+    if (::stat(target.c_str(), &status) != 0)
+        return false;
+    requireRegularFile(target);
+    for (const Input& input : inputs)
+        if (input.device == status.st_dev && input.inode == status.st_ino)
+            throw std::runtime_error("'" + target + "' is one of this command's inputs" +
+                                     (input.path == target ? "" : " ('" + input.path + "')") + "; it is left as it is");
+    if (existing == Existing::Refuse)
+        throw std::runtime_error("'" + target + "' already exists; --force replaces it");
+    return true;
+}
+
+void SafeWriter::check(const std::string& target, Existing existing) const
+{
+    struct stat status;
+    existingTarget(followLinks(target).string(), existing, status);
+}
+
+void SafeWriter::writeFile(const std::string& target, Existing existing,
+                           const std::function<void(int descriptor, const std::string& temporary)>& fill) const
+{
+    const fs::path file = followLinks(target);
+    struct stat original;
+    const bool replacing = existingTarget(file.string(), existing, original);
+    Temporary temporary(file.string() + TEMPORARY_SUFFIX, target);
+    if (replacing)
+        temporary.takeOwnerAndMode(original, target);
+    fill(temporary.descriptor, temporary.path);
+    // A file that takes another's place reaches the disk before the rename,
+    // and the rename too, so that no crash leaves neither. A new file risks
+    // nothing of the user's: it is not made to wait for the disk, which
+    // would cost a folder of many files seconds.
+    temporary.close(replacing, target);
+    temporary.replace(file, target);
+    if (replacing)
+        syncFolder(file.parent_path());
+}
+
+void SafeWriter::writeBytes(const std::string& target, const std::string& bytes, Existing existing) const
+{
+    writeFile(target, existing, [&](int descriptor, const std::string&) {
+        writeAll(descriptor, bytes.data(), bytes.size(), target);
+    });
+}
+
+// The library writes through a stream that does not say when the disk
+// refused a byte; the header read back shows whether every entry arrived.
+void SafeWriter::writeArchive(const std::string& target, File& archive, Existing existing) const
+{
+    writeFile(target, existing, [&](int, const std::string& temporary) {
+        try {
+            archive.write(temporary);
+        } catch (const std::exception& e) {
+            throw cannotWrite(target, e.what());
+        }
+        const ArchiveHeader header = readHeader(temporary);
+        bool whole = header.valid && header.offsets.size() == archive.size() + 1;
+        for (unsigned int i = 0; whole && i < archive.size(); ++i)
+            whole = header.offsets[i + 1] - header.offsets[i] == archive[i]->size();
+        if (!whole)
+            throw cannotWrite(target, "the archive did not reach the disk whole");
+    });
+}
+
+} // namespace lbxtool

@@ -1,0 +1,73 @@
+#ifndef ZORV2_LBX_TOOLS_PLATFORM_SAFEWRITE_H
+#define ZORV2_LBX_TOOLS_PLATFORM_SAFEWRITE_H
+
+#include "archive/File.h"
+
+#include <functional>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+// Every file the lbx tool writes goes through here. A write fills a
+// temporary file beside its target (named after it, with ".lbx-part"
+// behind), gives it the mode and owner of the file it replaces, syncs it to
+// the disk when it replaces one and renames it over the target; a symbolic link stays a link and
+// its target is what changes. A failure at any point removes the temporary
+// file and leaves the target as it was.
+namespace lbxtool {
+
+using zorv2::Lbx::File;
+
+// What a write does with a file already at its target.
+enum class Existing {
+    Refuse,  // the user did not ask to replace it
+    Replace, // --force, an archive changed in place, or the command's own outputs
+};
+
+// The choice of a command with a --force flag.
+inline Existing replaceIf(bool force)
+{
+    return force ? Existing::Replace : Existing::Refuse;
+}
+
+// The writer of one command: it knows the files the command reads, and no
+// write lands on one of them, whatever path or link leads there.
+class SafeWriter {
+public:
+    // Adds the files at `paths` to those no write may land on; a path that
+    // does not exist is skipped.
+    void protect(const std::vector<std::string>& paths);
+
+    // Refuses, with a message naming it, a target that a write would not be
+    // allowed to replace: one of the inputs, anything but a regular file, or
+    // an existing file when `existing` is Refuse. Writes nothing.
+    void check(const std::string& target, Existing existing) const;
+
+    // Writes the file through `fill`, which gets the temporary file open for
+    // writing and its path, and throws to give up.
+    void writeFile(const std::string& target, Existing existing,
+                   const std::function<void(int descriptor, const std::string& temporary)>& fill) const;
+
+    // Writes `bytes` as they stand.
+    void writeBytes(const std::string& target, const std::string& bytes, Existing existing = Existing::Replace) const;
+
+    // Writes `archive` through the library, and reads the header of what was
+    // written back before it takes the target's place.
+    void writeArchive(const std::string& target, File& archive, Existing existing) const;
+
+private:
+    struct Input {
+        dev_t device;
+        ino_t inode;
+        std::string path;
+    };
+
+    // Whether a file stands at `target`; throws when it may not be replaced.
+    bool existingTarget(const std::string& target, Existing existing, struct stat& status) const;
+
+    std::vector<Input> inputs;
+};
+
+} // namespace lbxtool
+
+#endif
