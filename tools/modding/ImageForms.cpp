@@ -89,6 +89,26 @@ void addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indi
     }
 }
 
+// The palette indices that the frames of `graphic` store.
+std::vector<Indices> storedIndices(Content::Graphic* graphic)
+{
+    PaletteArray fake(Palette::fake());
+    const LentPalette lent(graphic, fake.get());
+    std::vector<Indices> frames;
+    for (unsigned int f = 0; f < graphic->frames(); ++f)
+        frames.push_back(indicesOfFake(graphic->frame(f), std::size_t(graphic->width()) * graphic->height()));
+    return frames;
+}
+
+// `count` colours of `palette` from `first` on, as the entry's palette file.
+void addPalette(EntryForm& form, const UnpackPlace& place, const unsigned char* palette, unsigned int first,
+                unsigned int count)
+{
+    const std::string name = entryFileName(place.stem, place.index, ".pal");
+    form.manifest[key::PALETTE] = name;
+    form.files[name] = paletteFile(palette, first, count);
+}
+
 // The frames the manifest names, as indices, all of the first one's size.
 std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, const unsigned char* lookup,
                                 unsigned int begin, unsigned int& width, unsigned int& height)
@@ -137,13 +157,7 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
     if (graphic->hasPalette())
         graphic->palette(shown.get());
 
-    std::vector<Indices> frames;
-    {
-        PaletteArray fake(Palette::fake());
-        const LentPalette lent(graphic, fake.get());
-        for (unsigned int f = 0; f < count; ++f)
-            frames.push_back(indicesOfFake(graphic->frame(f), std::size_t(width) * height));
-    }
+    const std::vector<Indices> frames = storedIndices(graphic);
 
     EntryForm form;
     Json& manifest = form.manifest;
@@ -156,11 +170,9 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
     manifest[key::FRAMES] = Json::array();
     addFrames(form, place, frames, width, height, shown.get(), clearSlot(frames));
     if (graphic->hasPalette()) {
-        const std::string name = entryFileName(place.stem, place.index, ".pal");
-        manifest[key::PALETTE] = name;
+        addPalette(form, place, shown.get(), palOffset, palSize);
         manifest[key::PALETTE_OFFSET] = palOffset;
         manifest[key::PALETTE_SIZE] = palSize;
-        form.files[name] = paletteFile(shown.get(), palOffset, palSize);
     }
     manifest[key::BENEATH] = hexColours(beneath.get());
     return form;
@@ -212,9 +224,7 @@ EntryForm cursor(Content::Cursor* cursor, const UnpackPlace& place)
     form.manifest[key::FRAMES] = Json::array();
     // Index 0 is the cursor's transparent one: no painted pixel has it.
     addFrames(form, place, frames, CURSOR_SIDE, CURSOR_SIDE, own.get(), 0);
-    const std::string name = entryFileName(place.stem, place.index, ".pal");
-    form.manifest[key::PALETTE] = name;
-    form.files[name] = paletteFile(own.get(), 0, COLORS);
+    addPalette(form, place, own.get(), 0, COLORS);
     return form;
 }
 

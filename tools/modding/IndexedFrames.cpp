@@ -7,8 +7,6 @@
 #include "images/Palette.h"
 #include "tools/modding/Shapes.h"
 
-#include <limits>
-#include <memory>
 #include <stdexcept>
 
 namespace lbxtool {

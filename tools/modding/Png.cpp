@@ -67,7 +67,7 @@ struct Source {
     std::size_t offset;
 };
 
-void readFrom(png_structp png, png_bytep data, std::size_t length)
+void readSource(png_structp png, png_bytep data, std::size_t length)
 {
     Source& source = *static_cast<Source*>(png_get_io_ptr(png));
     if (length > source.size - source.offset)
@@ -226,7 +226,7 @@ Picture readPicture(const std::string& bytes, const std::string& name)
     png_infop info = reading.info;
     const auto fail = [&] { return unreadable(name, reading.failure.message); };
     if (!guarded(png, [&] {
-            png_set_read_fn(png, &reading.source, readFrom);
+            png_set_read_fn(png, &reading.source, readSource);
             png_set_chunk_cache_max(png, MOST_KEPT_CHUNKS);
             png_set_chunk_malloc_max(png, LARGEST_KEPT_CHUNK);
             png_read_info(png, info);
