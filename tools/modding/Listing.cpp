@@ -1,6 +1,7 @@
 #include "tools/modding/Listing.h"
 
 #include "knowledge/Magic.h"
+#include "tools/modding/EntryView.h"
 #include "tools/modding/Names.h"
 
 #include <iomanip>
@@ -35,7 +36,7 @@ std::string listing(const std::string& path, File& archive, Warnings& warnings)
     lines << path << ": " << archive.size() << " entries, " << (archive.tagged() ? "tagged" : "not tagged") << ", "
           << catalogueLine(path, archive.size(), warnings) << '\n';
     for (unsigned int i = 0; i < archive.size(); ++i)
-        lines << std::setw(INDEX_WIDTH) << i << ' ' << archive[i]->info() << '\n';
+        lines << std::setw(INDEX_WIDTH) << i << ' ' << headingOf(archive, path, i).info << '\n';
     return lines.str();
 }
 
