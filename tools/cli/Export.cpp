@@ -7,6 +7,7 @@
 #include "tools/modding/Names.h"
 #include "tools/parallel/ArchiveSteps.h"
 #include "tools/platform/Inputs.h"
+#include "tools/platform/SystemFiles.h"
 #include "tools/platform/Paths.h"
 #include "tools/render/Gallery.h"
 

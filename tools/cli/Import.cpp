@@ -7,6 +7,7 @@
 #include "tools/modding/Names.h"
 #include "tools/modding/PaletteSource.h"
 #include "tools/platform/Inputs.h"
+#include "tools/platform/SystemFiles.h"
 #include "tools/platform/Report.h"
 
 #include <filesystem>

@@ -7,6 +7,7 @@
 #include "tools/modding/Pack.h"
 #include "tools/parallel/Workers.h"
 #include "tools/platform/Inputs.h"
+#include "tools/platform/SystemFiles.h"
 #include "tools/platform/Paths.h"
 
 #include <filesystem>

@@ -8,6 +8,7 @@
 #include "tools/modding/Unpack.h"
 #include "tools/parallel/ArchiveSteps.h"
 #include "tools/platform/Inputs.h"
+#include "tools/platform/SystemFiles.h"
 #include "tools/platform/Paths.h"
 
 #include <filesystem>

@@ -56,8 +56,6 @@ int reportUsage(CLI::App& app, const CLI::ParseError& e, const std::string& firs
     return EXIT_USAGE;
 }
 
-} // namespace
-
 // The tool decodes, encodes and frees images of up to megabytes, entry after
 // entry. By default the C library maps every block above 128 KiB fresh from
 // the system and hands it back when freed, and each reuse then pays a page
@@ -72,6 +70,8 @@ void keepFreedMemory()
     mallopt(M_TRIM_THRESHOLD, MOST_KEPT_FREE);
 #endif
 }
+
+} // namespace
 
 int main(int argc, char** argv)
 {

@@ -1,5 +1,7 @@
 #include "tools/platform/Inputs.h"
 
+#include "tools/modding/Files.h"
+
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -104,26 +106,6 @@ std::runtime_error withReason(const std::exception& failure, const std::string& 
 {
     const std::string reason = unreadableReason(path);
     return std::runtime_error(reason.empty() ? failure.what() : std::string(failure.what()) + " (" + reason + ")");
-}
-
-std::string SystemFiles::read(const std::string& path)
-{
-    return readBytes(path);
-}
-
-void SystemFiles::write(const std::string& path, const std::string& bytes)
-{
-    writer.writeBytes(path, bytes, Existing::Replace);
-}
-
-std::unique_ptr<File> SystemFiles::openArchive(const std::string& path)
-{
-    return lbxtool::openArchive(path);
-}
-
-std::unique_ptr<Content> SystemFiles::readEntry(const std::string& path, unsigned int index)
-{
-    return lbxtool::readEntry(path, index);
 }
 
 } // namespace lbxtool

@@ -2,8 +2,6 @@
 #define ZORV2_LBX_TOOLS_PLATFORM_INPUTS_H
 
 #include "archive/File.h"
-#include "tools/modding/Files.h"
-#include "tools/platform/SafeWrite.h"
 
 #include <functional>
 #include <limits>
@@ -56,20 +54,6 @@ std::string unreadableReason(const std::string& path);
 // `failure`'s text, unchanged, with the system's reason behind it in
 // parentheses when `path` cannot be opened.
 std::runtime_error withReason(const std::exception& failure, const std::string& path);
-
-// Files as the command line reaches them: read with the system's reasons,
-// written through `writer`, replacing what is there.
-class SystemFiles : public PlainFiles {
-public:
-    explicit SystemFiles(const SafeWriter& writer) : writer(writer) {}
-    std::string read(const std::string& path) override;
-    void write(const std::string& path, const std::string& bytes) override;
-    std::unique_ptr<File> openArchive(const std::string& path) override;
-    std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index) override;
-
-private:
-    const SafeWriter& writer;
-};
 
 } // namespace lbxtool
 
