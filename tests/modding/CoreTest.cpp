@@ -157,7 +157,7 @@ TEST_F(Sample, UnpackAndPackGiveEveryEntryBackInMemory)
         EXPECT_EQ(plan.archive, made.name);
         const FileReader read = [&](const std::string& name) { return written.at(name); };
         for (unsigned int i = 0; i < unpacked.size(); ++i) {
-            const PackedEntry packed = packEntry(plan, i, {{"m.json", static_cast<int>(i)}, read, "", false}, "O");
+            const PackedEntry packed = packEntry(plan, i, {{"m.json", static_cast<int>(i)}, read, "", {}, heard}, "O");
             EXPECT_EQ(bytesOf(packed.entry.get()), bytesOf(unpacked[i])) << made.name << " " << i;
             EXPECT_EQ(packed.change, "") << made.name << " " << i;
         }

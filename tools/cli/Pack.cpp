@@ -9,6 +9,7 @@
 #include "tools/platform/Inputs.h"
 #include "tools/platform/SystemFiles.h"
 #include "tools/platform/Paths.h"
+#include "tools/platform/Report.h"
 
 #include <filesystem>
 #include <iostream>
@@ -23,8 +24,8 @@ namespace {
 struct PackOptions {
     std::string folder;
     std::string output;   // empty: beside the folder, under the archive's own name
-    bool force = false;   // replace an existing archive
-    bool nearest = false; // RGBA colours not in the palette take the nearest
+    bool force = false; // replace an existing archive
+    PackRules rules;
     unsigned int jobs = 0;
 };
 
@@ -34,11 +35,12 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
                    const std::string& manifestPath, const std::string& target, std::vector<std::string>& changes)
 {
     const FileReader read = [&folder](const std::string& name) { return readBytes(inFolder(folder, name)); };
+    TerminalWarnings warnings;
     std::vector<PackedEntry> packed(plan.entries->size());
     auto archive = std::make_unique<File>();
     const auto compute = [&](std::size_t i) {
         const unsigned int index = static_cast<unsigned int>(i);
-        packed[i] = packEntry(plan, index, {{manifestPath, static_cast<int>(index)}, read, folder, options.nearest},
+        packed[i] = packEntry(plan, index, {{manifestPath, static_cast<int>(index)}, read, folder, options.rules, warnings},
                               target);
     };
     const auto deliver = [&](std::size_t i, const Outcome& outcome) {
@@ -112,7 +114,7 @@ void addPack(CLI::App& app, int& status)
     command->add_option("-o,--output", options->output,
                         "Archive to write; by default DIR/ and the archive's own name");
     command->add_flag("--force", options->force, "Replace the archive if it exists");
-    command->add_flag("--nearest", options->nearest,
+    command->add_flag("--nearest", options->rules.nearest,
                       "In frames saved as RGBA, take the nearest palette colour for a colour the palette lacks");
     jobsOption(*command, options->jobs);
     examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force");

@@ -196,6 +196,17 @@ EntryForm editable(Content* entry, const UnpackPlace& place)
 } // namespace
 } // namespace forms
 
+namespace {
+
+// An unedited form packs without a word: whatever pack would say of it is
+// a reason to keep the entry's bytes instead.
+class Refused : public Warnings {
+public:
+    void warn(const std::string& message) override { throw std::runtime_error(message); }
+};
+
+} // namespace
+
 std::string PackPlace::pathOf(const std::string& name) const
 {
     return folder.empty() ? name : folder + "/" + name;
@@ -206,10 +217,12 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place)
     std::string why;
     try {
         EntryForm form = forms::editable(entry, place);
+        Refused refused;
+        PackRules strict;
+        strict.strict = true;
         const PackPlace trial{{"unpacked form", static_cast<int>(place.index)},
-                              [&form](const std::string& name) { return form.files.at(name); },
-                              "",
-                              false};
+                              [&form](const std::string& name) { return form.files.at(name); }, "", strict,
+                              refused};
         const std::unique_ptr<Content> rebuilt = entryFromForm(form.manifest, trial);
         if (rebuilt->size() == entry->size() && std::memcmp(rebuilt->data(), entry->data(), entry->size()) == 0) {
             for (const auto& view : form.views)

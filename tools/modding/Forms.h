@@ -3,6 +3,7 @@
 
 #include "entry/Content.h"
 #include "tools/modding/Manifest.h"
+#include "tools/modding/Warnings.h"
 
 #include <functional>
 #include <map>
@@ -36,11 +37,20 @@ struct UnpackPlace {
 // check reads the files it has made in memory.
 using FileReader = std::function<std::string(const std::string& name)>;
 
+// What pack allows beyond the entries as they were unpacked.
+struct PackRules {
+    bool nearest = false; // RGBA colours not in the palette take the nearest
+    bool strict = false;  // transparency or colours that changed are refused instead of warned about
+    bool grow = false;    // text records may grow past their table's record length
+    bool records = false; // text tables may gain or lose records
+};
+
 struct PackPlace {
     ManifestPlace manifest;
     FileReader read;
     std::string folder; // for messages that name a file
-    bool nearest;       // RGBA colours not in the palette take the nearest
+    PackRules rules;
+    Warnings& warnings; // what the user should know of the entry's files
 
     std::string pathOf(const std::string& name) const;
 };

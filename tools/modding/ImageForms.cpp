@@ -126,7 +126,7 @@ std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, co
         } else if (picture.width != width || picture.height != height) {
             throw otherFrameSize(path, picture.width, picture.height, "the entry's first frame", width, height);
         }
-        frames.push_back(indicesOfPicture(picture, {lookup, begin, place.nearest}, path, f));
+        frames.push_back(indicesOfPicture(picture, {lookup, begin, place.rules.nearest}, path, f));
     }
     return frames;
 }
