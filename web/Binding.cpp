@@ -223,7 +223,7 @@ private:
         auto found = palettes.find(index);
         if (found == palettes.end()) {
             if (!sources)
-                sources = std::make_unique<PaletteSource>(*file, "", files, consoleWarnings());
+                sources = std::make_unique<PaletteSource>(*file, PaletteLookup{}, files, consoleWarnings());
             found = palettes.emplace(index, sources->forGraphic(index)).first;
             graphic->setPalette(found->second.get());
         }

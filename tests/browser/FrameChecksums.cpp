@@ -41,7 +41,7 @@ int main(int argc, char** argv)
     ToStderr warnings;
     for (int a = 1; a < argc; ++a) {
         File archive(argv[a]);
-        PaletteSource palettes(archive, "", files, warnings);
+        PaletteSource palettes(archive, {}, files, warnings);
         for (unsigned int i = 0; i < archive.size(); ++i) {
             if (archive[i]->type() == Content::CURSOR) {
                 for (unsigned int f = 0; f < CURSOR_FRAMES; ++f)

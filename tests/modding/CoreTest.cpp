@@ -143,7 +143,7 @@ TEST_F(Sample, UnpackAndPackGiveEveryEntryBackInMemory)
     Heard heard;
     for (const SampleArchive& made : sampleArchives()) {
         File& unpacked = archive(made.name);
-        PaletteSource palettes(unpacked, "", files, heard);
+        PaletteSource palettes(unpacked, {}, files, heard);
         Json manifest = archiveManifest(unpacked, made.name, std::string(2048, '\0'));
         std::map<std::string, std::string> written;
         for (unsigned int i = 0; i < unpacked.size(); ++i) {
@@ -302,18 +302,25 @@ TEST(PaletteSources, ThoseThatCannotBeFoundAreSaidAndBlackStandsIn)
     File alone(path);
     PlainFiles files;
     Heard heard;
-    PaletteSource sources(alone, "", files, heard);
+    PaletteSource sources(alone, {}, files, heard);
     EXPECT_EQ(sources.sourcePaths(), std::vector<std::string>{});
     const PaletteArray palette = sources.forGraphic(1);
-    EXPECT_EQ(heard.said, (std::vector<std::string>{
-                              "palette source FONTS.LBX not found beside " + path,
-                              "no palette source for " + path + "[1]; using black with the colours it holds itself"}));
+    EXPECT_EQ(heard.said, (std::vector<std::string>{"palette source FONTS.LBX not found beside " + path +
+                                                    "; graphics that need it show in black with the colours they "
+                                                    "hold themselves"}));
     for (unsigned int at = 0; at < PALETTE_BYTES; at += PIXEL_SIZE)
         EXPECT_EQ(palette[at] | palette[at + 1] | palette[at + 2], 0) << "black, at colour " << at / PIXEL_SIZE;
 
     dir.file("Fonts.lbx", readFile(path));
-    PaletteSource beside(alone, "", files, heard);
+    PaletteSource beside(alone, {}, files, heard);
     EXPECT_EQ(beside.sourcePaths(), std::vector<std::string>{dir.path("Fonts.lbx")});
+
+    TempDir elsewhere;
+    PaletteSource named(alone, {"", elsewhere.path(""), "name it"}, files, heard);
+    named.forGraphic(1);
+    EXPECT_EQ(heard.said.back(), "palette source FONTS.LBX not found in '" + elsewhere.path("") +
+                                     "'; graphics that need it show in black with the colours they hold themselves "
+                                     "(name it)");
 }
 
 TEST(Store, AChangeOfShapeIsSaidOrWithStrictRefusedBeforeTheArchiveChanges)
@@ -338,7 +345,7 @@ TEST(Store, AChangeOfShapeIsSaidOrWithStrictRefusedBeforeTheArchiveChanges)
               "");
 }
 
-TEST(Pack, TheFolderMustHoldExactlyTheFilesTheManifestNames)
+TEST(Pack, TheFolderMustHoldTheFilesTheManifestNamesAndWhatElseItHoldsIsSaid)
 {
     const Json entries = Json::parse(R"([{"kind": "bytes", "file": "A_000.bin"},
                                          {"kind": "text", "file": "A_001.txt", "views": ["A_001_x.png"]}])");
@@ -348,17 +355,20 @@ TEST(Pack, TheFolderMustHoldExactlyTheFilesTheManifestNames)
             listed.push_back({name, true});
         return listed;
     };
-    EXPECT_EQ(thrownBy([&] {
-                  requireNamedFiles("mod/A", held({"archive.json", "A_000.bin", "A_001.txt"}), entries, "m.json");
-              }),
-              "") << "a view may be gone";
-    EXPECT_EQ(thrownBy([&] { requireNamedFiles("mod/A", held({"archive.json", "A_000.bin"}), entries, "m.json"); }),
-              "'mod/A/A_001.txt' is missing (entry 1 of 'm.json')");
-    EXPECT_EQ(thrownBy([&] {
-                  requireNamedFiles("mod/A", held({"archive.json", "A_000.bin", "A_001.txt", "A_001.txt~"}), entries,
-                                    "m.json");
-              }),
-              "'mod/A/A_001.txt~' is not named in 'm.json'");
+    Heard heard;
+    const auto require = [&](std::vector<std::string> names) {
+        return thrownBy([&] { requireNamedFiles("mod/A", held(names), entries, "m.json", heard); });
+    };
+    EXPECT_EQ(require({"archive.json", "A_000.bin", "A_001.txt"}), "") << "a view may be gone";
+    EXPECT_EQ(require({"archive.json", "A_000.bin"}), "'mod/A/A_001.txt' is missing (entry 1 of 'm.json')");
+    EXPECT_EQ(heard.said, std::vector<std::string>{});
+    // What editors and file managers leave goes unsaid; anything else may be
+    // an edit in the wrong place.
+    EXPECT_EQ(require({"archive.json", "A_000.bin", "A_001.txt", "A_001.txt~", ".A_001.txt.swp", "#A_001.txt#",
+                       "Thumbs.db", "desktop.ini", ".DS_Store", "A_001.bak", "notes.txt", "A_001.png"}),
+              "");
+    EXPECT_EQ(heard.said, (std::vector<std::string>{"'mod/A/notes.txt' is not named in 'm.json'; it is left out",
+                                                    "'mod/A/A_001.png' is not named in 'm.json'; it is left out"}));
 }
 
 TEST(Pack, TheManifestsOwnFieldsAreCheckedWithTheirNames)

@@ -6,6 +6,8 @@
 #include "tools/platform/Inputs.h"
 #include "tools/platform/Report.h"
 
+#include <filesystem>
+
 namespace lbxtool {
 
 UsageError::UsageError(const std::string& message) : CLI::ParseError("UsageError", message, EXIT_USAGE) {}
@@ -38,6 +40,28 @@ void jobsOption(CLI::App& command, unsigned int& jobs)
     command.add_option("-j,--jobs", jobs, "Work on N entries at once (default: one a core)")
         ->type_name("N")
         ->check(CLI::Validator(positive, "", "at least 1"));
+}
+
+void palettesOption(CLI::App& command, std::string& path)
+{
+    command.add_option("--palettes", path,
+                       "Where the game's archives are (a folder, or an archive in it), for the colours of graphics "
+                       "whose palettes come from FONTS.LBX and others; by default beside each archive")
+        ->type_name("PATH");
+}
+
+PaletteLookup paletteLookup(const std::string& palettes, const std::string& entry)
+{
+    PaletteLookup lookup{entry, palettes, "--palettes PATH names the folder of the game's archives"};
+    std::error_code error;
+    if (palettes.empty() || std::filesystem::is_directory(palettes, error))
+        return lookup;
+    if (!std::filesystem::is_regular_file(palettes, error))
+        throw std::runtime_error("--palettes: '" + palettes + "' is neither a folder nor an archive");
+    lookup.folder = std::filesystem::path(palettes).parent_path().string();
+    if (lookup.folder.empty())
+        lookup.folder = ".";
+    return lookup;
 }
 
 void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<std::string>& archives,

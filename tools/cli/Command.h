@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_CLI_COMMAND_H
 
 #include "entry/Content.h"
+#include "tools/modding/PaletteSource.h"
 #include "tools/platform/SafeWrite.h"
 
 #include <CLI/CLI.hpp>
@@ -33,6 +34,12 @@ void examples(CLI::App& command, const std::string& lines);
 
 // -j N. The output is the same whatever the number: only the time changes.
 void jobsOption(CLI::App& command, unsigned int& jobs);
+
+// --palettes PATH, where the game's archives are for the colours of
+// graphics: a folder, or an archive in it.
+void palettesOption(CLI::App& command, std::string& path);
+// The lookup of palette sources that --palettes and -p name.
+PaletteLookup paletteLookup(const std::string& palettes, const std::string& entry = "");
 
 // extract and export take archives and entry numbers in one list: an
 // argument of digits alone is an entry of every archive (write ./12 for a

@@ -12,6 +12,7 @@
 #include "tools/render/Gallery.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <iostream>
 
 namespace lbxtool {
@@ -23,8 +24,10 @@ struct ExportOptions {
     std::vector<std::string> archives;
     std::vector<unsigned int> indices;
     std::string folder = ".";
-    std::string palette; // ARCHIVE:INDEX, or empty for the game's own sources
+    std::string palette;  // ARCHIVE:INDEX, or empty for the game's own sources
+    std::string palettes; // where the game's archives are; empty: beside each archive
     bool html = false;
+    bool force = false; // replace files that are in the way
     unsigned int jobs = 0;
 };
 
@@ -38,6 +41,7 @@ struct ExportedArchive {
     std::vector<unsigned int> indices;
     std::unique_ptr<PaletteSource> palettes;
     std::exception_ptr paletteFailure; // reported after the folder is made, as one thread does
+    std::vector<ExportedNames> planned; // each entry's files, by the entry's place in `indices`
     std::vector<ExportedEntry> entries;
     Gallery gallery;
     unsigned int written = 0;
@@ -48,7 +52,8 @@ struct ExportedArchive {
 class Exporting : public ArchiveSteps<ExportedArchive> {
 public:
     Exporting(const ExportOptions& options, SafeWriter& writer)
-        : options(options), writer(writer), files(writer), stems(options.archives.size())
+        : options(options), lookup(paletteLookup(options.palettes, options.palette)),
+          existing(replaceIf(options.force)), writer(writer), files(writer), stems(options.archives.size())
     {
     }
 
@@ -65,8 +70,10 @@ public:
         opened->indices = selectIndices(*opened->archive, options.indices);
         if (options.indices.empty())
             requireEntries(*opened->archive, entries);
+        for (const unsigned int index : opened->indices)
+            opened->planned.push_back(exportNames(opened->archive->at(index), opened->stem, index));
         try {
-            opened->palettes = std::make_unique<PaletteSource>(*opened->archive, options.palette, files, warnings);
+            opened->palettes = std::make_unique<PaletteSource>(*opened->archive, lookup, files, warnings);
         } catch (...) {
             opened->paletteFailure = std::current_exception();
         }
@@ -74,12 +81,18 @@ public:
         return opened;
     }
 
+    // Every file of the archive is checked before the first is written.
     void begin(ExportedArchive& opened) override
     {
         makeFolder(options.folder);
         if (opened.paletteFailure)
             std::rethrow_exception(opened.paletteFailure);
         writer.protect(opened.palettes->sourcePaths());
+        for (const ExportedNames& names : opened.planned)
+            for (const std::string& name : names.all())
+                writer.check(inFolder(options.folder, name), existing);
+        if (options.html)
+            checkPage(inFolder(options.folder, GALLERY_PAGE));
     }
 
     void work(ExportedArchive& opened, std::size_t k) override
@@ -96,7 +109,7 @@ public:
         ExportedEntry done = std::move(opened.entries[k]);
         try {
             for (const MadeFile& file : done.files) {
-                writer.writeBytes(inFolder(options.folder, file.name), file.bytes);
+                writer.writeBytes(inFolder(options.folder, file.name), file.bytes, existing);
                 ++opened.written;
             }
         } catch (const std::exception& e) {
@@ -122,7 +135,18 @@ public:
     int status = EXIT_DONE; // of the entries
 
 private:
+    // The gallery page is rebuilt from every archive exported into the
+    // folder; a page of that name that is not a gallery is the user's.
+    void checkPage(const std::string& page)
+    {
+        std::error_code error;
+        if (std::filesystem::exists(page, error) && !isGalleryPage(readBytes(page, GALLERY_MARK_SIZE)))
+            writer.check(page, existing);
+    }
+
     const ExportOptions& options;
+    const PaletteLookup lookup;
+    const Existing existing;
     SafeWriter& writer;
     SystemFiles files;
     TerminalWarnings warnings;
@@ -156,7 +180,9 @@ void addExport(CLI::App& app, int& status)
     command->add_option("-o,--output", options->folder, "Folder to write into")->capture_default_str();
     command->add_option("-p,--palette", options->palette,
                         "Take the palette from ARCHIVE:INDEX instead of the game's own sources");
+    palettesOption(*command, options->palettes);
     command->add_flag("--html", options->html, "Also write an index.html gallery");
+    command->add_flag("--force", options->force, "Replace files of the same names in the folder");
     jobsOption(*command, options->jobs);
     examples(*command, "  lbx export demo/INBOX.LBX --html -o gallery\n"
                        "  lbx export demo/INBOX.LBX 1 -p demo/FONTS.LBX:2 -o out");

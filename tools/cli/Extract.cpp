@@ -17,11 +17,13 @@ struct ExtractOptions {
     std::vector<std::string> archives;
     std::vector<unsigned int> indices;
     std::string folder = ".";
+    bool force = false; // replace files that are in the way
 };
 
 int extract(ExtractOptions& options)
 {
     splitArchivesAndIndices(options.arguments, options.archives, options.indices);
+    const Existing existing = replaceIf(options.force);
     SafeWriter writer;
     writer.protect(options.archives);
     StemNames stems;
@@ -30,10 +32,15 @@ int extract(ExtractOptions& options)
         const std::vector<unsigned int> selected = selectIndices(*archive, options.indices);
         makeFolder(options.folder);
         const std::string stem = stems.next(path);
+        // Every file of the archive is checked before the first is written.
+        std::vector<std::string> targets;
         for (unsigned int index : selected) {
-            Content* entry = archive->at(index);
-            writer.writeBytes(inFolder(options.folder, entryFileName(stem, index, entrySuffix(entry))),
-                              std::string(entry->data(), entry->size()));
+            targets.push_back(inFolder(options.folder, entryFileName(stem, index, entrySuffix(archive->at(index)))));
+            writer.check(targets.back(), existing);
+        }
+        for (std::size_t k = 0; k < selected.size(); ++k) {
+            Content* entry = archive->at(selected[k]);
+            writer.writeBytes(targets[k], std::string(entry->data(), entry->size()), existing);
         }
         std::cout << "extracted " << selected.size() << " entries from " << path << " to " << options.folder
                   << " as " << stem << '\n';
@@ -51,6 +58,7 @@ void addExtract(CLI::App& app, int& status)
                      "Archives, and the entry numbers to take from each; all entries when none are given")
         ->required();
     command->add_option("-o,--output", options->folder, "Folder to write into")->capture_default_str();
+    command->add_flag("--force", options->force, "Replace files of the same names in the folder");
     examples(*command, "  lbx extract demo/FONTS.LBX 1 2 -o parts\n  lbx extract demo/*.LBX -o parts");
     define(*command, status, [options] { return extract(*options); });
 }

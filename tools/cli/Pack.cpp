@@ -79,7 +79,8 @@ int pack(const PackOptions& options)
     const Json manifest = parseManifest(files.read(manifestPath), manifestPath);
     const PackPlan plan = planPack(manifest, manifestPath);
     const std::vector<Files::Listed> held = files.list(folder);
-    requireNamedFiles(folder, held, *plan.entries, manifestPath);
+    TerminalWarnings warnings;
+    requireNamedFiles(folder, held, *plan.entries, manifestPath, warnings);
 
     const std::string target =
         options.output.empty() ? inFolder(fs::path(folder).parent_path().string(), plan.archive) : options.output;

@@ -3,6 +3,7 @@
 
 #include "tools/cli/Command.h"
 #include "tools/cli/Commands.h"
+#include "tools/modding/Forms.h"
 #include "tools/modding/Header.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Unpack.h"
@@ -13,6 +14,7 @@
 
 #include <filesystem>
 #include <iostream>
+#include <set>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -24,7 +26,8 @@ namespace {
 struct UnpackOptions {
     std::vector<std::string> archives;
     std::string folder = ".";
-    bool force = false; // write into a folder that already holds files
+    bool force = false;   // write into a folder that already holds files
+    std::string palettes; // where the game's archives are; empty: beside each archive
     unsigned int jobs = 0;
 };
 
@@ -44,9 +47,35 @@ void requireEmptyFolder(const std::string& folder, bool force)
         throw std::runtime_error("'" + folder + "' already holds files; --force writes into it");
 }
 
+// The files that the unpack in `folder` wrote, as its manifest lists them;
+// none when there is none.
+std::set<std::string> earlierFiles(const std::string& folder)
+{
+    std::set<std::string> names;
+    const std::string manifestPath = inFolder(folder, MANIFEST_NAME);
+    std::error_code error;
+    if (!fs::is_regular_file(manifestPath, error))
+        return names;
+    try {
+        const Json manifest = parseManifest(readBytes(manifestPath), manifestPath);
+        const Json& entries = member(manifest, key::ENTRIES, {manifestPath});
+        for (unsigned int i = 0; i < entries.size(); ++i) {
+            for (const std::string& name : formFiles(entries[i], {manifestPath, static_cast<int>(i)}))
+                names.insert(name);
+            for (const std::string& name : viewFiles(entries[i]))
+                names.insert(name);
+        }
+    } catch (const std::exception&) {
+        // not a manifest unpack wrote: its files are not known
+    }
+    return names;
+}
+
 struct UnpackedArchive {
     std::string path;
     std::string folder;
+    std::set<std::string> earlier; // files of an earlier unpack into the folder
+    std::set<std::string> written;
     std::unique_ptr<File> archive;
     std::unique_ptr<PaletteSource> palettes;
     std::vector<UnpackedEntry> entries;
@@ -59,8 +88,8 @@ struct UnpackedArchive {
 class Unpacking : public ArchiveSteps<UnpackedArchive> {
 public:
     Unpacking(const UnpackOptions& options, SafeWriter& writer)
-        : options(options), writer(writer), files(writer), existing(replaceIf(options.force)),
-          folders(options.archives.size())
+        : options(options), lookup(paletteLookup(options.palettes)), writer(writer), files(writer),
+          existing(replaceIf(options.force)), folders(options.archives.size())
     {
     }
 
@@ -76,10 +105,11 @@ public:
         auto opened = std::make_unique<UnpackedArchive>();
         opened->path = options.archives[a];
         opened->folder = folders[a];
+        opened->earlier = earlierFiles(opened->folder);
         opened->archive = openArchive(opened->path);
         requireEntries(*opened->archive, entries);
         const std::string header = headerArea(opened->path);
-        opened->palettes = std::make_unique<PaletteSource>(*opened->archive, "", files, warnings);
+        opened->palettes = std::make_unique<PaletteSource>(*opened->archive, lookup, files, warnings);
         opened->entries.resize(entries);
         opened->manifest = archiveManifest(*opened->archive, opened->path, header);
         return opened;
@@ -100,8 +130,10 @@ public:
     void deliver(UnpackedArchive& opened, std::size_t i) override
     {
         UnpackedEntry done = std::move(opened.entries[i]);
-        for (const auto& [name, bytes] : done.files)
+        for (const auto& [name, bytes] : done.files) {
             writer.writeBytes(inFolder(opened.folder, name), bytes, existing);
+            opened.written.insert(name);
+        }
         opened.manifest[key::ENTRIES].push_back(std::move(done.manifest));
         if (!done.kept.empty())
             opened.kept.push_back(done.kept);
@@ -110,14 +142,30 @@ public:
     void finish(UnpackedArchive& opened) override
     {
         writer.writeBytes(inFolder(opened.folder, MANIFEST_NAME), manifestText(opened.manifest), existing);
+        const unsigned int removed = removeEarlier(opened);
         std::cout << "unpacked " << opened.archive->size() << " entries of " << opened.path << " into "
                   << opened.folder << '\n';
+        if (removed > 0)
+            std::cout << "  removed " << removed << (removed == 1 ? " file" : " files")
+                      << " of the earlier unpack that this one does not write\n";
         for (const std::string& entry : opened.kept)
             std::cout << "  kept as bytes: " << entry << '\n';
     }
 
 private:
+    // What an earlier unpack wrote into the folder and this one did not: the
+    // files of another archive, that pack would otherwise take for edits.
+    unsigned int removeEarlier(const UnpackedArchive& opened)
+    {
+        unsigned int removed = 0;
+        for (const std::string& name : opened.earlier)
+            if (opened.written.count(name) == 0 && writer.remove(inFolder(opened.folder, name)))
+                ++removed;
+        return removed;
+    }
+
     const UnpackOptions& options;
+    const PaletteLookup lookup;
     SafeWriter& writer;
     SystemFiles files;
     TerminalWarnings warnings;
@@ -143,7 +191,9 @@ void addUnpack(CLI::App& app, int& status)
         app.add_subcommand("unpack", "Take archives apart into files that editors open, and a manifest");
     command->add_option("ARCHIVE", options->archives, "Archives to unpack, each into DIR/STEM/")->required();
     command->add_option("-o,--output", options->folder, "Folder DIR to unpack into")->capture_default_str();
-    command->add_flag("--force", options->force, "Write into a DIR/STEM/ that already holds files");
+    command->add_flag("--force", options->force,
+                      "Write into a DIR/STEM/ that already holds files, replacing those an earlier unpack wrote");
+    palettesOption(*command, options->palettes);
     jobsOption(*command, options->jobs);
     examples(*command, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mod");
     define(*command, status, [options] { return unpack(*options); });

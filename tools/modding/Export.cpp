@@ -9,7 +9,6 @@
 #include "tools/modding/Sheets.h"
 #include "tools/modding/TextEscape.h"
 
-#include <filesystem>
 
 namespace lbxtool {
 
@@ -17,24 +16,21 @@ namespace {
 
 constexpr unsigned int SWATCH_SIDE = 16;
 
-// Makes the files of one entry, in the order they are to be written.
+// Makes the files of one entry, named as planned, in the order they are
+// to be written.
 class EntryExporter {
 public:
-    EntryExporter(const std::string& stem, const std::string& folder, unsigned int index,
-                  std::vector<MadeFile>& files)
-        : stem(stem), folder(folder), index(index), files(files)
+    EntryExporter(ExportedNames& names, const std::string& folder, std::vector<MadeFile>& files)
+        : names(names), folder(folder), files(files)
     {
     }
 
     void graphic(Content::Graphic* graphic, unsigned char* palette, const EntryView& view)
     {
-        if (graphic->frames() == 0) {
-            // A graphic of no frames holds only colours: saved as 16 × 16 squares.
-            png(entryFileName(stem, index, "_palette.png"), palette, SWATCH_SIDE, SWATCH_SIDE);
+        if (!names.swatch.empty())
+            png(names.swatch, palette, SWATCH_SIDE, SWATCH_SIDE);
+        if (names.frames.empty())
             return;
-        }
-        if (view.frames == 0)
-            return; // frames without pixels make no picture
         const LentPalette lent(graphic, palette);
         std::vector<const unsigned char*> decoded;
         for (unsigned int f = 0; f < graphic->frames(); ++f)
@@ -52,7 +48,7 @@ public:
 
     // One string a line, escaped so that any byte survives the way back and
     // the file, like the gallery's preview, is plain text.
-    void text(const EntryView& view) { names.file = made(textFileName(stem, index), escapedLines(view.rows)); }
+    void text(const EntryView& view) { made(names.file, escapedLines(view.rows)); }
 
     void font(Content::Font* font, const EntryView& view)
     {
@@ -63,51 +59,89 @@ public:
                 metrics += ' ' + std::to_string(width);
             metrics += '\n';
         }
-        names.file = made(entryFileName(stem, index, "_metrics.txt"), metrics);
-        for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f) {
-            const Image sheet = glyphSheet(font, f);
-            names.fontSheets.push_back(
-                {png(fontSheetFileName(stem, index, f), sheet.rgba.data(), sheet.width, sheet.height), sheet.width,
-                 sheet.height});
+        made(names.file, metrics);
+        for (unsigned int f = 0; f < names.fontSheets.size(); ++f) {
+            SheetFile& sheet = names.fontSheets[f];
+            const Image glyphs = glyphSheet(font, f);
+            png(sheet.name, glyphs.rgba.data(), glyphs.width, glyphs.height);
+            sheet.width = glyphs.width;
+            sheet.height = glyphs.height;
         }
     }
 
-    void sound(Content* entry)
-    {
-        names.file = made(entryFileName(stem, index, entrySuffix(entry)), std::string(entry->data(), entry->size()));
-    }
-
-    ExportedNames names;
+    void sound(Content* entry) { made(names.file, std::string(entry->data(), entry->size())); }
 
 private:
-    std::string png(const std::string& name, const unsigned char* rgba, unsigned int width, unsigned int height)
+    void png(const std::string& name, const unsigned char* rgba, unsigned int width, unsigned int height)
     {
-        return made(name, rgbaPng(rgba, width, height, (std::filesystem::path(folder) / name).string()));
+        made(name, rgbaPng(rgba, width, height, inFolder(folder, name)));
     }
 
-    std::string made(const std::string& name, std::string bytes)
-    {
-        files.push_back({name, std::move(bytes)});
-        return name;
-    }
+    void made(const std::string& name, std::string bytes) { files.push_back({name, std::move(bytes)}); }
 
     void frames(const std::vector<const unsigned char*>& decoded, unsigned int width, unsigned int height)
     {
         for (unsigned int f = 0; f < decoded.size(); ++f)
-            names.frames.push_back(png(frameFileName(stem, index, f), decoded[f], width, height));
-        if (decoded.size() > 1) {
+            png(names.frames[f], decoded[f], width, height);
+        if (!names.sheet.empty()) {
             const Image sheet = spriteSheet(decoded, width, height);
-            names.sheet = png(sheetFileName(stem, index), sheet.rgba.data(), sheet.width, sheet.height);
+            png(names.sheet, sheet.rgba.data(), sheet.width, sheet.height);
         }
     }
 
-    std::string stem;
+    ExportedNames& names;
     std::string folder;
-    unsigned int index;
     std::vector<MadeFile>& files;
 };
 
+void nameFrames(ExportedNames& names, const std::string& stem, unsigned int index, unsigned int count)
+{
+    for (unsigned int f = 0; f < count; ++f)
+        names.frames.push_back(frameFileName(stem, index, f));
+    if (count > 1)
+        names.sheet = sheetFileName(stem, index);
+}
+
 } // namespace
+
+std::vector<std::string> ExportedNames::all() const
+{
+    std::vector<std::string> names;
+    if (!swatch.empty())
+        names.push_back(swatch);
+    names.insert(names.end(), frames.begin(), frames.end());
+    for (const std::string& one : {sheet, file})
+        if (!one.empty())
+            names.push_back(one);
+    for (const SheetFile& fontSheet : fontSheets)
+        names.push_back(fontSheet.name);
+    return names;
+}
+
+ExportedNames exportNames(Content* entry, const std::string& stem, unsigned int index)
+{
+    ExportedNames names;
+    switch (entry->type()) {
+    case Content::GRAPHIC: {
+        Content::Graphic* graphic = entry->graphic();
+        if (graphic->frames() == 0) // a graphic of no frames holds only colours: saved as 16 × 16 squares
+            names.swatch = entryFileName(stem, index, "_palette.png");
+        else if (graphic->width() != 0 && graphic->height() != 0) // frames without pixels make no picture
+            nameFrames(names, stem, index, graphic->frames());
+        break;
+    }
+    case Content::CURSOR: nameFrames(names, stem, index, CURSOR_FRAMES); break;
+    case Content::TEXT: names.file = textFileName(stem, index); break;
+    case Content::FONT:
+        names.file = entryFileName(stem, index, "_metrics.txt");
+        for (unsigned int f = 0; f < FONTS_PER_ENTRY; ++f)
+            names.fontSheets.push_back({fontSheetFileName(stem, index, f)});
+        break;
+    case Content::SOUND: names.file = entryFileName(stem, index, entrySuffix(entry)); break;
+    default: break;
+    }
+    return names;
+}
 
 ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
                           const std::string& folder, PaletteSource& palettes)
@@ -118,7 +152,8 @@ ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int i
         Content* entry = archive.at(index);
         PaletteArray palette = entry->type() == Content::GRAPHIC ? palettes.forGraphic(index) : nullptr;
         EntryView view = viewOf(archive, path, index, palette.get());
-        EntryExporter exporter(stem, folder, index, done.files);
+        ExportedNames names = exportNames(entry, stem, index);
+        EntryExporter exporter(names, folder, done.files);
         switch (entry->type()) {
         case Content::GRAPHIC: exporter.graphic(entry->graphic(), palette.get(), view); break;
         case Content::CURSOR: exporter.cursor(entry->cursor()); break;
@@ -128,7 +163,7 @@ ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int i
         default: break;
         }
         done.view = std::move(view);
-        done.names = std::move(exporter.names);
+        done.names = std::move(names);
     } catch (const std::exception& e) {
         done.error = e.what();
     }

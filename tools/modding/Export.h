@@ -27,11 +27,20 @@ struct SheetFile {
 
 // Which exported file shows what of an entry.
 struct ExportedNames {
+    std::string swatch;                // the colours of a graphic without frames
     std::vector<std::string> frames;   // every frame, as the game shows it
     std::string sheet;                 // an animation's frames side by side
-    std::vector<SheetFile> fontSheets; // a font entry's glyphs, a sheet per font
     std::string file;                  // the text, metrics or sound
+    std::vector<SheetFile> fontSheets; // a font entry's glyphs, a sheet per font
+
+    // Every name, in the order the files are written.
+    std::vector<std::string> all() const;
 };
+
+// The files that exporting `entry`, entry `index` of its archive, makes,
+// named after `stem`: known before anything is decoded, so that a command
+// can refuse before it writes the first.
+ExportedNames exportNames(Content* entry, const std::string& stem, unsigned int index);
 
 // One entry exported: what it shows and which files show it, or why it
 // could not be exported, with only its heading then.

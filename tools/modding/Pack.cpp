@@ -13,6 +13,62 @@ namespace {
 
 constexpr unsigned int LARGEST_ARCHIVE = 509;
 
+bool endsWith(const std::string& text, const std::string& end)
+{
+    return text.size() >= end.size() && text.compare(text.size() - end.size(), end.size(), end) == 0;
+}
+
+// Files that editors and file managers leave beside the ones they open:
+// hidden files, backups, swap and lock files.
+bool incidental(const std::string& name)
+{
+    const std::string upper = upperCase(name);
+    if (name.front() == '.' || name.back() == '~' || (name.front() == '#' && name.back() == '#') ||
+        upper == "THUMBS.DB" || upper == "DESKTOP.INI")
+        return true;
+    for (const char* end : {".BAK", ".SWP", ".SWO", ".ORIG", ".TMP"})
+        if (endsWith(upper, end))
+            return true;
+    return false;
+}
+
+// What to edit instead of a file that is only to look at.
+std::string whereToEdit(const Json& described, const ManifestPlace& where)
+{
+    if (described.contains(key::FRAMES)) {
+        const std::vector<std::string> frames = fileNames(described, key::FRAMES, where);
+        if (!frames.empty())
+            return "edit " + (frames.size() == 1 ? "the frame " + frames.front()
+                                                 : "the frames " + frames.front() + " to " + frames.back()) +
+                   " instead";
+    }
+    if (described.value(key::KIND, "") == kind::FONT)
+        return "a font packs from the heights and widths in " + MANIFEST_NAME;
+    return "its edits would be lost";
+}
+
+// The views of an entry as unpack wrote them, or gone: a changed one holds
+// an edit that pack would drop.
+void requireViewsAsWritten(const Json& described, const PackPlace& place)
+{
+    if (!described.contains(key::FILES) || !described[key::FILES].is_object())
+        return;
+    const Json& written = described[key::FILES];
+    for (const std::string& name : viewFiles(described)) {
+        if (!written.contains(name) || !written[name].is_string())
+            continue;
+        std::string bytes;
+        try {
+            bytes = place.read(name);
+        } catch (const std::exception&) {
+            continue; // a view may be gone
+        }
+        if (hashOf(bytes) != written[name].get<std::string>())
+            throw std::runtime_error("'" + place.pathOf(name) + "' is only to look at and was changed; " +
+                                     whereToEdit(described, place.manifest));
+    }
+}
+
 } // namespace
 
 PackPlan planPack(const Json& manifest, const std::string& manifestPath)
@@ -25,7 +81,7 @@ PackPlan planPack(const Json& manifest, const std::string& manifestPath)
 }
 
 void requireNamedFiles(const std::string& folder, const std::vector<Files::Listed>& held, const Json& entries,
-                       const std::string& manifestPath)
+                       const std::string& manifestPath, Warnings& warnings)
 {
     std::set<std::string> present;
     for (const Files::Listed& file : held)
@@ -42,14 +98,16 @@ void requireNamedFiles(const std::string& folder, const std::vector<Files::Liste
             named.insert(name);
     }
     for (const Files::Listed& file : held)
-        if (named.count(file.name) == 0)
-            throw std::runtime_error("'" + inFolder(folder, file.name) + "' is not named in '" + manifestPath + "'");
+        if (named.count(file.name) == 0 && !incidental(file.name))
+            warnings.warn("'" + inFolder(folder, file.name) + "' is not named in '" + manifestPath +
+                          "'; it is left out");
 }
 
 PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace& place, const std::string& target)
 {
     const Json& described = (*plan.entries)[index];
     PackedEntry packed;
+    requireViewsAsWritten(described, place);
     packed.entry = entryFromForm(described, place);
     Content* entry = packed.entry.get();
     if (described.value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {

@@ -23,11 +23,12 @@ struct PackPlan {
 // message naming the field when it is not what unpack writes.
 PackPlan planPack(const Json& manifest, const std::string& manifestPath);
 
-// Throws unless `folder`, which holds `held`, holds exactly the files that
-// `entries` name, and the manifest: a missing one would leave an entry out,
-// an unnamed one is an edit that would be lost.
+// Throws unless `folder`, which holds `held`, holds every file that
+// `entries` name: a missing one would leave an entry out. Any other file but
+// those that editors and file managers leave (hidden files, backups) is
+// named to `warnings`: it may hold an edit that pack leaves out.
 void requireNamedFiles(const std::string& folder, const std::vector<Files::Listed>& held, const Json& entries,
-                       const std::string& manifestPath);
+                       const std::string& manifestPath, Warnings& warnings);
 
 // One entry made from its files, and how it changed.
 struct PackedEntry {
@@ -36,7 +37,8 @@ struct PackedEntry {
 };
 
 // Entry `index` of `plan`, made from its files in `folder` as `read` reads
-// them; `target` is the archive it goes into, for the change's name.
+// them; `target` is the archive it goes into, for the change's name. A file
+// only to look at that was changed is refused, with the file to edit.
 PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace& place, const std::string& target);
 
 // What to tell the user when the archive written holds a header area other

@@ -32,15 +32,16 @@ void paintPalette(Content* entry, const std::string& name, unsigned char* palett
     }
 }
 
-PaletteSource::PaletteSource(File& archive, const std::string& explicitSource, Files& files, Warnings& warnings)
+PaletteSource::PaletteSource(File& archive, const PaletteLookup& lookup, Files& files, Warnings& warnings)
     : archive(archive),
       files(files),
       warnings(warnings),
-      folder(std::filesystem::path(archive.path()).parent_path().string()),
+      folder(lookup.folder.empty() ? std::filesystem::path(archive.path()).parent_path().string() : lookup.folder),
+      naming(lookup.naming),
       row(catalogueRow(archive.path()))
 {
-    if (!explicitSource.empty())
-        explicitPalette = read(explicitSource, files);
+    if (!lookup.entry.empty())
+        explicitPalette = read(lookup.entry, files);
 }
 
 PaletteArray PaletteSource::read(const std::string& reference, Files& files)
@@ -81,7 +82,7 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
     PaletteArray palette(Palette::empty());
     Content::Graphic* graphic = archive.at(index)->graphic();
     const std::string name = entryName(archive.path(), index);
-    bool found = false;
+    bool found = false, missing = false;
     if (explicitPalette) {
         std::copy(explicitPalette.get(), explicitPalette.get() + PALETTE_BYTES, palette.get());
         found = true;
@@ -90,14 +91,14 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
         unsigned int sourceIndex;
         // Beneath: the entry of FONTS that the game loads first.
         if (Magic::palInt(row, index, &sourceRow, &sourceIndex))
-            found = paintFrom(sourceRow, sourceIndex, palette.get());
+            found = paintFrom(sourceRow, sourceIndex, palette.get(), missing);
         // Over it: an entry of the archive itself; when that is the graphic,
         // its own block below is the source.
         if (Magic::palExt(row, index, &sourceRow, &sourceIndex)) {
             if (sourceRow == row && sourceIndex == index)
                 found = found || graphic->hasPalette();
             else
-                found = paintFrom(sourceRow, sourceIndex, palette.get()) || found;
+                found = paintFrom(sourceRow, sourceIndex, palette.get(), missing) || found;
         }
     }
     if (ownBlock && graphic->hasPalette()) {
@@ -107,14 +108,20 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
             warnings.warn(name + ": " + e.what());
         }
     }
-    if (!found)
+    // A source that is not found was said for the whole archive already.
+    if (!found && row == File::LBX_UNKNOWN)
+        warnings.warn("no palette source for the graphics of " + archive.path() +
+                      ", which is not in the game's catalogue; they show in black with the colours they hold "
+                      "themselves");
+    else if (!found && !missing)
         warnings.warn("no palette source for " + name + "; using black with the colours it holds itself");
     return palette;
 }
 
-bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex, unsigned char* palette)
+bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex, unsigned char* palette,
+                              bool& missing)
 {
-    File* source = sourceArchive(sourceRow);
+    File* source = sourceArchive(sourceRow, missing);
     if (source == nullptr)
         return false;
     const std::string name = entryName(source->path(), sourceIndex);
@@ -122,7 +129,8 @@ bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex
         paintPalette(sourceEntry(*source, sourceIndex), name, palette);
         return true;
     } catch (const std::exception& e) {
-        warnings.warn("palette source " + name + ": " + e.what());
+        const std::string what = e.what();
+        warnings.warn("palette source " + (what.rfind(name, 0) == 0 ? what : name + ": " + what));
         return false;
     }
 }
@@ -133,7 +141,13 @@ PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
     const std::string name = File::LBX_FILE_NAME(sourceRow);
     const std::string path = findArchive(files, folder, name);
     if (path.empty()) {
-        source.problem = "palette source " + name + ".LBX not found beside " + archive.path();
+        source.missing = true;
+        source.problem = "palette source " + name + ".LBX not found " +
+                         (folder == std::filesystem::path(archive.path()).parent_path().string()
+                              ? "beside " + archive.path()
+                              : "in '" + folder + "'") +
+                         "; graphics that need it show in black with the colours they hold themselves" +
+                         (naming.empty() ? "" : " (" + naming + ")");
         return source;
     }
     try {
@@ -144,7 +158,7 @@ PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
     return source;
 }
 
-File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow)
+File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow, bool& missing)
 {
     if (sourceRow == row)
         return &archive;
@@ -155,6 +169,7 @@ File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow)
     // order the entries are worked on, and a warning is printed once.
     if (!known->second.archive)
         warnings.warn(known->second.problem);
+    missing = missing || known->second.missing;
     return known->second.archive.get();
 }
 

@@ -17,6 +17,13 @@ namespace lbxtool {
 using zorv2::Lbx::Content;
 using zorv2::Lbx::File;
 
+// Where the colours of an archive's graphics come from.
+struct PaletteLookup {
+    std::string entry;  // ARCHIVE:INDEX, whose palette stands for every source; empty: the game's own
+    std::string folder; // where the game's archives are; empty: beside the archive
+    std::string naming; // how the user names that folder, told when a source is not found there
+};
+
 // Finds the colours of the graphics of one archive the way the game does:
 // the archive's catalogue row names, per entry, an entry of FONTS (IFONTS)
 // whose palette lies beneath, and an entry of the same archive (or of INFO,
@@ -28,9 +35,10 @@ using zorv2::Lbx::File;
 // change them, and keeps private copies of the other entries it reads.
 class PaletteSource {
 public:
-    // Archives beside `archive` are found and read through `files`; what
-    // cannot be read is said to `warnings`.
-    PaletteSource(File& archive, const std::string& explicitSource, Files& files, Warnings& warnings);
+    // The game's archives are found and read through `files`; what cannot
+    // be read is said to `warnings`, once for the archive whatever the number
+    // of its graphics that miss it.
+    PaletteSource(File& archive, const PaletteLookup& lookup, Files& files, Warnings& warnings);
 
     // Every archive beside this one that a palette of it may come from: a
     // front end that writes keeps its writes off them, whichever entries
@@ -52,13 +60,15 @@ private:
     struct Source {
         std::unique_ptr<File> archive;
         std::string problem;
+        bool missing = false; // not found at all, which its problem says for the whole archive
     };
 
     // Paints source (row, index) over `palette`; false, with a warning, if
     // it cannot be read.
-    bool paintFrom(File::LBX_FILE row, unsigned int index, unsigned char* palette);
+    // `missing` becomes true when the source archive is not found.
+    bool paintFrom(File::LBX_FILE row, unsigned int index, unsigned char* palette, bool& missing);
     Source openSource(File::LBX_FILE row);
-    File* sourceArchive(File::LBX_FILE row);
+    File* sourceArchive(File::LBX_FILE row, bool& missing);
     Content* sourceEntry(File& source, unsigned int index);
 
     std::mutex turn;
@@ -66,6 +76,7 @@ private:
     Files& files;
     Warnings& warnings;
     std::string folder;
+    std::string naming;
     File::LBX_FILE row;
     PaletteArray explicitPalette;
     std::map<File::LBX_FILE, Source> opened;

@@ -2,6 +2,7 @@
 
 #include "tools/modding/Files.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -88,9 +89,13 @@ std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigne
             all[i] = i;
         return all;
     }
-    for (unsigned int index : wanted)
+    std::vector<unsigned int> selected;
+    for (unsigned int index : wanted) {
         archive.at(index); // the library's own message for an index out of range
-    return wanted;
+        if (std::find(selected.begin(), selected.end(), index) == selected.end())
+            selected.push_back(index);
+    }
+    return selected;
 }
 
 std::string unreadableReason(const std::string& path)

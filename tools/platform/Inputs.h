@@ -44,7 +44,7 @@ std::size_t listedEntries(const std::string& path);
 void requireEntries(File& archive, std::size_t entries);
 
 // The indices a command works on: every entry when none are given, otherwise
-// those given, each checked against the archive.
+// those given, each checked against the archive and taken once.
 std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted);
 
 // The system's reason why `path` cannot be opened for reading, such as

@@ -29,6 +29,12 @@ std::runtime_error cannotWrite(const std::string& target, const std::string& rea
     return std::runtime_error("could not write to '" + target + "' (" + reason + ")");
 }
 
+std::runtime_error inTheWay(const std::string& temporary, const std::string& target)
+{
+    return std::runtime_error("'" + temporary + "' is in the way of writing '" + target +
+                              "'; remove it if an interrupted write left it");
+}
+
 std::runtime_error systemFailure(const std::string& target)
 {
     return cannotWrite(target, std::strerror(errno));
@@ -58,8 +64,7 @@ public:
         if (descriptor >= 0)
             return;
         if (errno == EEXIST)
-            throw std::runtime_error("'" + this->path + "' is in the way of writing '" + target +
-                                     "'; remove it if an interrupted write left it");
+            throw inTheWay(this->path, target);
         throw systemFailure(target);
     }
 
@@ -153,10 +158,27 @@ bool SafeWriter::existingTarget(const std::string& target, Existing existing, st
     return true;
 }
 
-void SafeWriter::check(const std::string& target, Existing existing) const
+bool SafeWriter::remove(const std::string& target) const
 {
     struct stat status;
-    existingTarget(followLinks(target).string(), existing, status);
+    if (::lstat(target.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
+        return false;
+    for (const Input& input : inputs)
+        if (input.device == status.st_dev && input.inode == status.st_ino)
+            return false;
+    if (::unlink(target.c_str()) != 0)
+        throw std::runtime_error("could not remove '" + target + "' (" + std::strerror(errno) + ")");
+    return true;
+}
+
+void SafeWriter::check(const std::string& target, Existing existing) const
+{
+    const std::string file = followLinks(target).string();
+    struct stat status;
+    existingTarget(file, existing, status);
+    // Found now, before the work that the write would crown.
+    if (::lstat((file + TEMPORARY_SUFFIX).c_str(), &status) == 0)
+        throw inTheWay(file + TEMPORARY_SUFFIX, target);
 }
 
 void SafeWriter::writeFile(const std::string& target, Existing existing,

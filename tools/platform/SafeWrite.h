@@ -55,6 +55,11 @@ public:
     // written back before it takes the target's place.
     void writeArchive(const std::string& target, File& archive, Existing existing) const;
 
+    // Removes the regular file at `target`, a file the tool made before and
+    // the user asked to replace; an input, a link or a folder stays. Whether
+    // it was removed.
+    bool remove(const std::string& target) const;
+
 private:
     struct Input {
         dev_t device;

@@ -245,10 +245,15 @@ std::string contents(const std::string& stem, const std::vector<GalleryEntry>& e
     return html.str();
 }
 
+// How every gallery page begins.
+constexpr char PAGE_HEAD[] =
+    "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>LBX gallery</title>\n";
+static_assert(sizeof PAGE_HEAD - 1 <= GALLERY_MARK_SIZE, "a page is told by its head");
+
 std::string page(const std::vector<std::string>& stems, const std::string& parts)
 {
     std::ostringstream html;
-    html << "<!DOCTYPE html>\n<html lang=\"en\">\n<head>\n<meta charset=\"utf-8\">\n<title>LBX gallery</title>\n<style>\n"
+    html << PAGE_HEAD << "<style>\n"
          << PAGE_STYLE << "</style>\n</head>\n<body>\n<header><h1>LBX gallery</h1><span id=\"zoom\"></span>\n<nav>";
     for (const std::string& stem : stems)
         html << "<a href=\"#" << stem << "\">" << stem << "</a>";
@@ -257,6 +262,11 @@ std::string page(const std::vector<std::string>& stems, const std::string& parts
 }
 
 } // namespace
+
+bool isGalleryPage(const std::string& start)
+{
+    return start.rfind(PAGE_HEAD, 0) == 0;
+}
 
 Gallery::Gallery(std::string archive, std::string stem) : archive(std::move(archive)), stem(std::move(stem))
 {
@@ -299,7 +309,7 @@ std::string Gallery::write(const std::string& folder, Files& files)
         stems.push_back(name.substr(0, name.size() - PART_SUFFIX.size()));
         all += files.read((fs::path(folder) / name).string());
     }
-    const std::string index = (fs::path(folder) / "index.html").string();
+    const std::string index = (fs::path(folder) / GALLERY_PAGE).string();
     files.write(index, page(stems, all));
     return index;
 }

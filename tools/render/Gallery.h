@@ -18,6 +18,12 @@ struct GalleryEntry {
     std::string error;
 };
 
+// The gallery's page in its folder, and how many bytes from its start tell
+// a page this tool wrote from any other file.
+const std::string GALLERY_PAGE = "index.html";
+constexpr std::size_t GALLERY_MARK_SIZE = 128;
+bool isGalleryPage(const std::string& start);
+
 // The HTML page of an export folder. Each archive exported into the folder
 // leaves its part beside the images, and index.html is put together anew from
 // all parts, so that one page shows every archive exported there.
