@@ -79,9 +79,6 @@ int pack(const PackOptions& options)
     const Json manifest = parseManifest(files.read(manifestPath), manifestPath);
     const PackPlan plan = planPack(manifest, manifestPath);
     const std::vector<Files::Listed> held = files.list(folder);
-    TerminalWarnings warnings;
-    requireNamedFiles(folder, held, *plan.entries, manifestPath, warnings);
-
     const std::string target =
         options.output.empty() ? inFolder(fs::path(folder).parent_path().string(), plan.archive) : options.output;
     const Existing existing = replaceIf(options.force);
@@ -90,6 +87,8 @@ int pack(const PackOptions& options)
         inputs.push_back(inFolder(folder, file.name));
     writer.protect(inputs);
     writer.check(target, existing);
+    TerminalWarnings warnings;
+    requireNamedFiles(folder, held, *plan.entries, manifestPath, warnings);
 
     std::vector<std::string> changes;
     const std::unique_ptr<File> archive = packedArchive(plan, options, folder, manifestPath, target, changes);
