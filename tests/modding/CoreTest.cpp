@@ -284,8 +284,8 @@ TEST(Listing, ACountOtherThanTheGamesIsSaidToTheCaller)
     Heard heard;
     const std::string lines = listing("x/INBOX.LBX", archive, heard);
     EXPECT_EQ(lines.substr(0, lines.find('\n')),
-              "x/INBOX.LBX: 1 entries, tagged, catalogue INBOX (row 92), expected 2");
-    EXPECT_EQ(heard.said, (std::vector<std::string>{"x/INBOX.LBX holds 1 entries, the game's INBOX holds 2"}));
+              "x/INBOX.LBX: 1 entry, tagged, catalogue INBOX (row 92), expected 2");
+    EXPECT_EQ(heard.said, (std::vector<std::string>{"x/INBOX.LBX holds 1 entry, the game's INBOX holds 2"}));
     listing("x/OWN.LBX", archive, heard);
     EXPECT_EQ(heard.said.size(), 1u) << "an archive outside the catalogue has no count to miss";
 }

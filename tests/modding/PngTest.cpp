@@ -1,3 +1,4 @@
+#include "tests/support/Fixtures.h"
 #include "tools/modding/Png.h"
 
 #include <gtest/gtest.h>
@@ -9,6 +10,7 @@
 #include <vector>
 
 using namespace lbxtool;
+using fixtures::thrownBy;
 
 namespace {
 
@@ -180,13 +182,13 @@ TEST(PngReading, ABrokenFileIsRefusedWithItsNameAndLibpngsReason)
     badCrc[29] ^= 1; // IHDR's CRC
     const std::string huge = "\x89PNG\r\n\x1a\n" + chunk("IHDR", be32(65535) + be32(65535) + bytes({8, RGBA, 0, 0, 0})) +
                              chunk("IDAT", zlibStored("")) + chunk("IEND", "");
+    for (const std::string& other : {std::string("GIF89a"), std::string(), good.substr(0, 7)})
+        EXPECT_EQ(thrownBy([&] { readPicture(other, "in.png"); }), "'in.png' is not a PNG file") << other;
     const struct {
         const char* what;
         std::string file;
         std::string reason; // empty: any of libpng's
     } cases[] = {
-        {"not a PNG", "GIF89a", ""},
-        {"empty", "", ""},
         {"cut in its pixels", good.substr(0, good.size() - 20), ""},
         {"a damaged header", badCrc, "IHDR: CRC error"},
         {"more pixels than a frame holds", huge, "65535x65535, more than 67108864 pixels"},

@@ -54,7 +54,7 @@ TEST_F(Tool, ListWarnsWhenTheCountDiffersFromTheGames)
     const std::string inbox = dir.file("inbox.lbx", archive({""}));
     const Outcome run = lbx({"list", inbox});
     EXPECT_EQ(run.status, 0);
-    EXPECT_EQ(run.err, "lbx: warning: " + inbox + " holds 1 entries, the game's INBOX holds 2\n");
+    EXPECT_EQ(run.err, "lbx: warning: " + inbox + " holds 1 entry, the game's INBOX holds 2\n");
 }
 
 TEST_F(Tool, VerifiesTheSampleWithoutDifference)
@@ -201,7 +201,8 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
         {{"check", cut}, "'" + cut + "' is not a valid tesk lbx file (offset 1 is invalid)"},
         {{"list", dir.path("")}, "'" + dir.path("") + "' is a directory"},
         {{"list", dir.path("none.lbx")}, "could not open '" + dir.path("none.lbx") + "'"},
-        {{"extract", fonts, "99"}, "invalid index '99' for " + fonts},
+        {{"extract", fonts, "99"}, "'" + fonts + "' has no entry 99; its entries are 0 to 13"},
+        {{"export", fonts, "-p", fonts + ":14"}, "'" + fonts + "' has no entry 14; its entries are 0 to 13"},
         {{"export", dir.path("small.png")}, "'" + dir.path("small.png") + "' is not a valid tesk lbx file (too small)"},
         {{"export", fonts, "-p", text + ":0"}, text + "[0] holds no palette (it is text)"},
         {{"import", dir.path("x"), dir.path("many.png")},
@@ -210,12 +211,12 @@ TEST_F(Tool, BadInputGivesOneLineNamingTheFile)
          "'" + dir.path("green.png") + "' is 1x1, the first frame 2x2"},
         {{"import", dir.path("x"), "-p", fonts + ":1", dir.path("green.png")},
          "'" + dir.path("green.png") + "': color 4,200,4 not found in palette"},
-        {{"import", dir.path("x"), cut}, "'" + cut + "' is not a readable PNG"},
+        {{"import", dir.path("x"), cut}, "'" + cut + "' is not a PNG file"},
         {{"import", fonts, "-i", "3", "--flags", "fast", dir.path("small.png")}, "unknown flag 'fast'"},
         {{"import", dir.path("x"), "--clear-once", "300", dir.path("small.png")}, "clearOnce 300 is above 255"},
-        {{"replace", fonts, "15", cut}, "invalid index '15' for " + fonts},
+        {{"replace", fonts, "15", cut}, "'" + fonts + "' has no entry 15; its entries are 0 to 13, and 14 appends"},
         {{"create", "--force", fonts, cut, dir.path("none")},
-         "'" + dir.path("none") + "' could not be opened (No such file or directory)"},
+         "could not open '" + dir.path("none") + "' (No such file or directory)"},
         {{"list", fonts + "/x.lbx"}, "could not open '" + fonts + "/x.lbx' (Not a directory)"},
     };
     for (const auto& c : cases) {

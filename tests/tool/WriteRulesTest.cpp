@@ -149,8 +149,8 @@ TEST_F(WriteRules, AFailedWriteLeavesTheOriginalByteForByteAndNoTemporaryFile)
         std::vector<std::string> args;
         std::string message;
     } before[] = {
-        {{"replace", inbox, "7", cursor}, "invalid index '7' for " + inbox},
-        {{"replace", inbox, "1", dir.path("gone")}, "'" + dir.path("gone") + "' could not be opened (No such file or directory)"},
+        {{"replace", inbox, "7", cursor}, "'" + inbox + "' has no entry 7; its entries are 0 to 1, and 2 appends"},
+        {{"replace", inbox, "1", dir.path("gone")}, "could not open '" + dir.path("gone") + "' (No such file or directory)"},
         {{"import", inbox, "-i", "1", dir.path("parts")}, "'" + dir.path("parts") + "' is a directory"},
     };
     for (const auto& c : before)

@@ -2,6 +2,7 @@
 
 #include "tools/cli/Command.h"
 #include "tools/cli/Commands.h"
+#include "tools/modding/Names.h"
 #include "tools/modding/Header.h"
 #include "tools/platform/Inputs.h"
 
@@ -18,7 +19,7 @@ void checkArchive(const std::string& path)
     withSystemReason(path, [&] { header = readHeader(path); });
     if (!header.valid)
         throw std::runtime_error(header.error);
-    std::cout << path << ": valid, " << header.offsets.size() - 1 << " entries" << (header.tagged ? ", tagged" : "")
+    std::cout << path << ": valid, " << entries(header.offsets.size() - 1) << (header.tagged ? ", tagged" : "")
               << '\n';
 }
 

@@ -2,6 +2,7 @@
 
 #include "tools/cli/Command.h"
 #include "tools/cli/Commands.h"
+#include "tools/modding/Names.h"
 #include "tools/platform/Inputs.h"
 #include "tools/platform/Report.h"
 
@@ -27,7 +28,7 @@ int create(const CreateOptions& options)
     for (const std::string& file : options.files)
         withSystemReason(file, [&] { archive.push_back(file); });
     writer.writeArchive(options.target, archive, existing);
-    std::cout << "created " << options.target << " with " << archive.size() << " entries\n";
+    std::cout << "created " << options.target << " with " << entries(archive.size()) << "\n";
     return EXIT_DONE;
 }
 

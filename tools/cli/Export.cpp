@@ -126,7 +126,7 @@ public:
 
     void finish(ExportedArchive& opened) override
     {
-        std::cout << "exported " << opened.written << " files from " << opened.path << " to " << options.folder
+        std::cout << "exported " << counted(opened.written, "file", "files") << " from " << opened.path << " to " << options.folder
                   << " as " << opened.stem << '\n';
         if (options.html)
             std::cout << "gallery: " << opened.gallery.write(options.folder, files) << '\n';

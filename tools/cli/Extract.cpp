@@ -42,7 +42,7 @@ int extract(ExtractOptions& options)
             Content* entry = archive->at(selected[k]);
             writer.writeBytes(targets[k], std::string(entry->data(), entry->size()), existing);
         }
-        std::cout << "extracted " << selected.size() << " entries from " << path << " to " << options.folder
+        std::cout << "extracted " << entries(selected.size()) << " from " << path << " to " << options.folder
                   << " as " << stem << '\n';
     });
 }

@@ -70,10 +70,10 @@ int importGraphic(const ImportOptions& options)
 
     if (options.index) {
         storeIntoArchive(writer, options.target, *options.index, std::move(entry), options.strict);
-        std::cout << "stored " << frames.size() << " frames as " << entryName(options.target, *options.index) << '\n';
+        std::cout << "stored " << lbxtool::frames(frames.size()) << " as " << entryName(options.target, *options.index) << '\n';
     } else {
         writer.writeBytes(options.target, std::string(entry->data(), entry->size()), replaceIf(options.force));
-        std::cout << "wrote " << frames.size() << " frames to " << options.target << '\n';
+        std::cout << "wrote " << lbxtool::frames(frames.size()) << " to " << options.target << '\n';
     }
     return EXIT_DONE;
 }

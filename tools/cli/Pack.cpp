@@ -97,7 +97,7 @@ int pack(const PackOptions& options)
         makeFolder(targetFolder);
     writer.writeArchive(target, *archive, existing);
     noteHeader(target, manifest, manifestPath);
-    std::cout << "packed " << archive->size() << " entries from " << folder << " into " << target << ", "
+    std::cout << "packed " << entries(archive->size()) << " from " << folder << " into " << target << ", "
               << changes.size() << " changed\n";
     for (const std::string& change : changes)
         std::cout << "  changed " << change << '\n';

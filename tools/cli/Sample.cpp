@@ -32,7 +32,7 @@ int sample(const SampleOptions& options)
         File archive;
         made.fill(archive);
         writer.writeArchive(inFolder(options.folder, made.name), archive, existing);
-        std::cout << "wrote " << inFolder(options.folder, made.name) << " (" << archive.size() << " entries)\n";
+        std::cout << "wrote " << inFolder(options.folder, made.name) << " (" << entries(archive.size()) << ")\n";
     }
     return EXIT_DONE;
 }

@@ -143,11 +143,10 @@ public:
     {
         writer.writeBytes(inFolder(opened.folder, MANIFEST_NAME), manifestText(opened.manifest), existing);
         const unsigned int removed = removeEarlier(opened);
-        std::cout << "unpacked " << opened.archive->size() << " entries of " << opened.path << " into "
+        std::cout << "unpacked " << entries(opened.archive->size()) << " of " << opened.path << " into "
                   << opened.folder << '\n';
         if (removed > 0)
-            std::cout << "  removed " << removed << (removed == 1 ? " file" : " files")
-                      << " of the earlier unpack that this one does not write\n";
+            std::cout << "  removed " << counted(removed, "file", "files") << " of the earlier unpack that this one does not write\n";
         for (const std::string& entry : opened.kept)
             std::cout << "  kept as bytes: " << entry << '\n';
     }

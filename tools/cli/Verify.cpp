@@ -89,7 +89,7 @@ public:
 
     void finish(VerifiedArchive& opened) override
     {
-        std::cout << opened.path << ": " << opened.archive->size() << " entries\n";
+        std::cout << opened.path << ": " << entries(opened.archive->size()) << "\n";
         summaryRow("kind", "passed", "differs", "not re-creatable");
         for (const auto& [kind, tally] : opened.tallies)
             summaryRow(kind, std::to_string(tally.passed), std::to_string(tally.differs),

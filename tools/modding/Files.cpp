@@ -62,6 +62,14 @@ std::unique_ptr<File> PlainFiles::openArchive(const std::string& path)
 std::unique_ptr<Content> PlainFiles::readEntry(const std::string& path, unsigned int index)
 {
     requireRegularFile(path);
+    return entryOfArchive(path, index);
+}
+
+std::unique_ptr<Content> entryOfArchive(const std::string& path, unsigned int index)
+{
+    const unsigned int count = File::size(path);
+    if (index >= count)
+        throw noEntry(path, index, count);
     return std::unique_ptr<Content>(File::at(path, index));
 }
 

@@ -53,6 +53,10 @@ public:
 // to whatever reads it, whose messages name it.
 void requireRegularFile(const std::string& path);
 
+// Entry `index` of the archive at `path`, without reading the others; an
+// index out of range is refused with the archive's range.
+std::unique_ptr<Content> entryOfArchive(const std::string& path, unsigned int index);
+
 // The archive of catalogue name `name` (such as "FONTS") in `folder`,
 // whatever the case of its file name; empty when there is none.
 std::string findArchive(Files& files, const std::string& folder, const std::string& name);

@@ -23,8 +23,7 @@ std::string catalogueLine(const std::string& path, unsigned int count, Warnings&
     const std::string name = File::LBX_FILE_NAME(row);
     const unsigned int expected = Magic::size(row);
     if (count != expected)
-        warnings.warn(path + " holds " + std::to_string(count) + " entries, the game's " + name + " holds " +
-                      std::to_string(expected));
+        warnings.warn(path + " holds " + entries(count) + ", the game's " + name + " holds " + std::to_string(expected));
     return "catalogue " + name + " (row " + std::to_string(row) + "), expected " + std::to_string(expected);
 }
 
@@ -33,7 +32,7 @@ std::string catalogueLine(const std::string& path, unsigned int count, Warnings&
 std::string listing(const std::string& path, File& archive, Warnings& warnings)
 {
     std::ostringstream lines;
-    lines << path << ": " << archive.size() << " entries, " << (archive.tagged() ? "tagged" : "not tagged") << ", "
+    lines << path << ": " << entries(archive.size()) << ", " << (archive.tagged() ? "tagged" : "not tagged") << ", "
           << catalogueLine(path, archive.size(), warnings) << '\n';
     for (unsigned int i = 0; i < archive.size(); ++i)
         lines << std::setw(INDEX_WIDTH) << i << ' ' << headingOf(archive, path, i).info << '\n';

@@ -94,6 +94,28 @@ std::string entryName(const std::string& archive, unsigned int index)
     return archive + "[" + std::to_string(index) + "]";
 }
 
+std::string counted(std::size_t count, const std::string& one, const std::string& many)
+{
+    return std::to_string(count) + " " + (count == 1 ? one : many);
+}
+
+std::string entries(std::size_t count)
+{
+    return counted(count, "entry", "entries");
+}
+
+std::string frames(std::size_t count)
+{
+    return counted(count, "frame", "frames");
+}
+
+std::runtime_error noEntry(const std::string& path, std::size_t index, std::size_t count, bool appends)
+{
+    const std::string range = count == 0 ? "it has none" : "its entries are 0 to " + std::to_string(count - 1);
+    return std::runtime_error("'" + path + "' has no entry " + std::to_string(index) + "; " + range +
+                              (appends ? ", and " + std::to_string(count) + " appends" : ""));
+}
+
 bool allDigits(const std::string& text)
 {
     return std::all_of(text.begin(), text.end(), [](unsigned char c) { return std::isdigit(c); });

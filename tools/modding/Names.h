@@ -5,6 +5,7 @@
 
 #include <cstddef>
 #include <set>
+#include <stdexcept>
 #include <string>
 
 // The names the tools give and read: of the files they make from entries, of
@@ -58,6 +59,16 @@ std::string inFolder(const std::string& folder, const std::string& name);
 // The name by which an entry of an archive shows in messages, as the library
 // names it.
 std::string entryName(const std::string& archive, unsigned int index);
+
+// "1 entry", "2 entries": a count with its noun in the right number.
+std::string counted(std::size_t count, const std::string& one, const std::string& many);
+// The same for the nouns of an archive: entries, frames, files.
+std::string entries(std::size_t count);
+std::string frames(std::size_t count);
+
+// "'PATH' has no entry 9; its entries are 0 to 2": an index out of range,
+// with the range. With `appends`, the entry count is in range too.
+std::runtime_error noEntry(const std::string& path, std::size_t index, std::size_t count, bool appends = false);
 
 // At most this many digits always fit an unsigned int.
 constexpr std::size_t LARGEST_NUMBER_DIGITS = 9;

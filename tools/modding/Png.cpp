@@ -21,6 +21,7 @@ using zorv2::Lbx::layout::OPAQUE;
 using zorv2::Lbx::layout::RED;
 
 constexpr int INDEX_BITS = 8;
+constexpr std::size_t SIGNATURE_SIZE = 8;
 
 // Whatever the tool reads becomes a frame, which the library holds to 2^26
 // pixels; a file that claims more is refused before its pixels have memory.
@@ -221,6 +222,8 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
 
 Picture readPicture(const std::string& bytes, const std::string& name)
 {
+    if (bytes.size() < SIGNATURE_SIZE || png_sig_cmp(reinterpret_cast<png_const_bytep>(bytes.data()), 0, SIGNATURE_SIZE) != 0)
+        throw std::runtime_error("'" + name + "' is not a PNG file");
     Reading reading(bytes);
     png_structp png = reading.png;
     png_infop info = reading.info;

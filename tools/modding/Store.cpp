@@ -10,6 +10,8 @@ namespace lbxtool {
 void storeEntry(File& archive, const std::string& path, unsigned int index, std::unique_ptr<Content> entry,
                 bool strict, Warnings& warnings)
 {
+    if (index > archive.size())
+        throw noEntry(path, index, archive.size(), true);
     if (index == archive.size()) {
         archive.push_back(entry.get());
         entry.release();

@@ -1,6 +1,7 @@
 #include "tools/platform/Inputs.h"
 
 #include "tools/modding/Files.h"
+#include "tools/modding/Names.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -20,6 +21,10 @@ template <typename Read>
 auto reading(const std::string& path, Read read)
 {
     requireRegularFile(path);
+    // One message for a file that does not open, whatever reads it.
+    const std::string reason = unreadableReason(path);
+    if (!reason.empty())
+        throw std::runtime_error("could not open '" + path + "' (" + reason + ")");
     try {
         return read();
     } catch (const std::exception& e) {
@@ -44,7 +49,7 @@ std::unique_ptr<File> openArchive(const std::string& path)
 
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index)
 {
-    return reading(path, [&] { return std::unique_ptr<Content>(File::at(path, index)); });
+    return reading(path, [&] { return entryOfArchive(path, index); });
 }
 
 std::string readBytes(const std::string& path, std::size_t limit)
@@ -91,7 +96,8 @@ std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigne
     }
     std::vector<unsigned int> selected;
     for (unsigned int index : wanted) {
-        archive.at(index); // the library's own message for an index out of range
+        if (index >= archive.size())
+            throw noEntry(archive.path(), index, archive.size());
         if (std::find(selected.begin(), selected.end(), index) == selected.end())
             selected.push_back(index);
     }
