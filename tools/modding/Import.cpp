@@ -16,6 +16,7 @@ namespace {
 
 using Graphic = Content::Graphic;
 using Palette = Content::Palette;
+using zorv2::Lbx::layout::OPAQUE;
 
 constexpr std::size_t LARGEST_COUNT = std::numeric_limits<unsigned short>::max();
 
@@ -85,11 +86,19 @@ unsigned char narrow(unsigned int value, const char* what)
 // colour is looked up. A palette block, when asked for, is the first
 // picture's whole palette.
 std::unique_ptr<Content> fromIndices(const std::vector<Picture>& pictures, const std::vector<std::string>& paths,
-                                     GraphicSettings settings)
+                                     GraphicSettings settings, bool strict, Warnings& warnings)
 {
+    const Lookup lookup{nullptr, 0, false, NO_INDEX};
     std::vector<Indices> frames;
-    for (std::size_t f = 0; f < pictures.size(); ++f)
-        frames.push_back(indicesOfPicture(pictures[f], {nullptr, 0, false}, paths[f], static_cast<unsigned int>(f)));
+    for (std::size_t f = 0; f < pictures.size(); ++f) {
+        PictureIndices read = indicesOfPicture(pictures[f], lookup, paths[f], static_cast<unsigned int>(f));
+        if (settings.flags & Graphic::RAW)
+            requirePainted(static_cast<std::size_t>(std::count(read.indices.begin(), read.indices.end(), CLEAR)),
+                           paths[f]);
+        else
+            sayTransparency(read, lookup.transparent, paths[f], strict, warnings);
+        frames.push_back(std::move(read.indices));
+    }
     std::vector<unsigned char> palette = pictures.front().palette;
     return std::unique_ptr<Content>(graphicOfIndices(
         frames, static_cast<unsigned short>(pictures.front().width), static_cast<unsigned short>(pictures.front().height),
@@ -97,12 +106,34 @@ std::unique_ptr<Content> fromIndices(const std::vector<Picture>& pictures, const
         settings.flags));
 }
 
+// The picture as RGBA with only fully opaque pixels painted, as pack reads
+// frames: the encoder would paint any pixel that is not fully transparent,
+// and in a raw frame every pixel in its colour.
+Image opaqueOnly(const Picture& picture, const std::string& path, bool raw, bool strict, Warnings& warnings)
+{
+    Image image{picture.width, picture.height, rgbaOf(picture)};
+    PictureIndices counts;
+    std::size_t unpainted = 0;
+    for (std::size_t p = ALPHA; p < image.rgba.size(); p += PIXEL_SIZE) {
+        unpainted += image.rgba[p] != OPAQUE;
+        if (image.rgba[p] != 0 && image.rgba[p] != OPAQUE) {
+            image.rgba[p] = 0;
+            ++counts.partlyTransparent;
+        }
+    }
+    if (raw)
+        requirePainted(unpainted, path);
+    sayTransparency(counts, NO_INDEX, path, strict, warnings);
+    return image;
+}
+
 std::unique_ptr<Content> fromColours(const std::vector<Picture>& pictures, const std::vector<std::string>& paths,
-                                     GraphicSettings settings, const unsigned char* named)
+                                     GraphicSettings settings, const unsigned char* named, bool strict,
+                                     Warnings& warnings)
 {
     std::vector<Image> frames;
-    for (const Picture& picture : pictures)
-        frames.push_back({picture.width, picture.height, rgbaOf(picture)});
+    for (std::size_t f = 0; f < pictures.size(); ++f)
+        frames.push_back(opaqueOnly(pictures[f], paths[f], settings.flags & Graphic::RAW, strict, warnings));
     // A palette built from the images exists nowhere else, so the entry
     // carries it; one from a named source is stored only when asked for.
     PaletteArray palette;
@@ -146,11 +177,12 @@ void requireFrameFits(const Picture& frame, const std::string& path, const Pictu
 }
 
 std::unique_ptr<Content> graphicOfPictures(const std::vector<Picture>& pictures, const std::vector<std::string>& paths,
-                                           GraphicSettings settings, const unsigned char* palette)
+                                           GraphicSettings settings, const unsigned char* palette, bool strict,
+                                           Warnings& warnings)
 {
     const bool indexed = std::all_of(pictures.begin(), pictures.end(), [](const Picture& frame) { return frame.indexed; });
-    return indexed && palette == nullptr ? fromIndices(pictures, paths, settings)
-                                         : fromColours(pictures, paths, settings, palette);
+    return indexed && palette == nullptr ? fromIndices(pictures, paths, settings, strict, warnings)
+                                         : fromColours(pictures, paths, settings, palette, strict, warnings);
 }
 
 } // namespace lbxtool

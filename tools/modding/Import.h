@@ -3,6 +3,7 @@
 
 #include "entry/Content.h"
 #include "tools/modding/Png.h"
+#include "tools/modding/Warnings.h"
 
 #include <memory>
 #include <string>
@@ -32,10 +33,13 @@ void requireFrameFits(const Picture& frame, const std::string& path, const Pictu
 // `palette`, indexed pictures with a palette of 256 colours (as unpack writes
 // them) keep their indices, and any others get a palette built from their
 // colours, stored in the entry. With `palette`, colours are looked up in it
-// and it is stored only when the flags ask for it.
+// and it is stored only when the flags ask for it. Only a fully opaque
+// pixel is painted: partly transparent ones are said to `warnings`, or
+// with `strict` refused.
 std::unique_ptr<zorv2::Lbx::Content> graphicOfPictures(const std::vector<Picture>& pictures,
                                                         const std::vector<std::string>& paths,
-                                                        GraphicSettings settings, const unsigned char* palette);
+                                                        GraphicSettings settings, const unsigned char* palette,
+                                                        bool strict, Warnings& warnings);
 
 } // namespace lbxtool
 
