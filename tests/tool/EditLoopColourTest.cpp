@@ -1,6 +1,6 @@
-// Frames that come back from a paint program keep the transparency the
-// modder saw, or pack and import say what they did instead, and with
-// --strict refuse, leaving every file as it was.
+// Frames that come back from a paint program keep the transparency and the
+// colours the modder saw, or pack and import say what they did instead, and
+// with --strict refuse, leaving every file as it was.
 #include "images/Cursor.h"
 #include "images/Graphic.h"
 #include "images/Palette.h"
@@ -11,6 +11,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <set>
 
 using namespace fixtures;
 using namespace toolrun;
@@ -112,6 +113,12 @@ std::vector<std::string> entryBytes(const std::string& archivePath)
     return entries;
 }
 
+std::string colour(const Picture& picture, unsigned int index)
+{
+    const unsigned char* entry = &picture.palette[index * 4];
+    return std::to_string(entry[0]) + "," + std::to_string(entry[1]) + "," + std::to_string(entry[2]);
+}
+
 class EditLoop : public Tool {
 protected:
     std::string unpacked(const std::string& stem, const std::string& folder)
@@ -139,6 +146,12 @@ std::string withoutHeaderNote(const std::string& err)
 {
     const std::size_t note = err.find("lbx: warning: the header area of the archive unpacked into ");
     return note == std::string::npos ? err : err.substr(0, note) + err.substr(err.find('\n', note) + 1);
+}
+
+std::vector<std::string> joined(std::vector<std::string> head, const std::vector<std::string>& tail)
+{
+    head.insert(head.end(), tail.begin(), tail.end());
+    return head;
 }
 
 } // namespace
@@ -249,6 +262,106 @@ TEST_F(EditLoop, PackSaysOrRefusesTransparencyTheFrameNoLongerShows)
                 EXPECT_EQ(now[i], was[i]) << "entry " << i;
             }
         }
+    }
+}
+
+// Frames taken by their indices bring colours of their own. Where those are
+// not the colours the entry is shown in (the archive's with -i, the first
+// frame's with --flags palette, none otherwise), import says so for each
+// file; --strict refuses instead, before anything is written.
+TEST_F(EditLoop, ImportSaysOrRefusesColoursThatAreNotStored)
+{
+    const std::string folder = unpacked("INBOX", "mod");
+    const std::string inbox = sample("INBOX.LBX"), fonts = sample("FONTS.LBX");
+    const std::string pristine = readFile(inbox);
+    std::vector<std::string> ball;
+    for (unsigned int f = 0; f < 8; ++f)
+        ball.push_back(frameFile(folder, "INBOX_001", f));
+
+    // Frame 0 with two of its painted colours changed, one only below what
+    // the game tells apart, and one colour it does not paint.
+    const Picture first = readFrame(ball[0]);
+    Picture repainted = first;
+    const unsigned char a = first.pixels[0];
+    const auto other = std::find_if(first.pixels.begin(), first.pixels.end(), [&](unsigned char i) { return i != a; });
+    ASSERT_NE(other, first.pixels.end());
+    const unsigned char b = *other;
+    const auto third =
+        std::find_if(first.pixels.begin(), first.pixels.end(), [&](unsigned char i) { return i != a && i != b; });
+    ASSERT_NE(third, first.pixels.end());
+    const std::set<unsigned char> used(first.pixels.begin(), first.pixels.end());
+    unsigned int unused = 0;
+    while (used.count(static_cast<unsigned char>(unused)) != 0)
+        ++unused;
+    ASSERT_LT(unused, 256u);
+    const auto paint = [&](unsigned int index, std::vector<unsigned char> rgb) {
+        std::copy(rgb.begin(), rgb.end(), &repainted.palette[index * 4]);
+    };
+    paint(a, {4, 200, 4});
+    paint(b, {200, 4, 4});
+    paint(unused, {1, 2, 3});
+    repainted.palette[*third * 4] ^= 1;
+    const std::string changed = dir.path("changed.png");
+    writeIndexed(changed, repainted);
+    const unsigned int lowest = std::min(a, b);
+    const std::string differ = "'" + changed + "': 2 colours it paints are not the entry's (index " +
+                               std::to_string(lowest) + " is " + colour(repainted, lowest) + " in it, " +
+                               colour(first, lowest) + " in the entry)";
+    const std::string dropped = "'" + ball[0] + "': its colours ";
+    const std::string none = ", since the entry holds none without --flags palette";
+    const std::string maps = "-p ARCHIVE:INDEX maps it by colour";
+
+    std::vector<std::string> repaintedBall = ball;
+    repaintedBall[0] = changed;
+    const std::string out = dir.path("out.graphic");
+    const struct {
+        std::string what;
+        std::vector<std::string> args;
+        std::string warning, refusal; // empty: silent, and --strict takes it too
+        std::function<void()> check;
+    } cases[] = {
+        {"its own frames back into the archive", joined({"import", inbox, "-i", "1", "--flags", "loop"}, ball),
+         "", "", [&] { EXPECT_EQ(readFile(inbox), pristine); }},
+        {"a frame in other colours into the archive",
+         joined({"import", inbox, "-i", "1", "--flags", "loop"}, repaintedBall),
+         differ + "; it is imported by its indices, its colours not stored (" + maps + ")",
+         differ + "; " + maps + " instead", [&] { EXPECT_EQ(storedFrame(inbox, 1, 0), indicesOf(repainted)); }},
+        {"a frame in other colours than the first, whose palette is stored",
+         {"import", out, "--flags", "palette", ball[0], changed},
+         differ + "; it is imported by its indices, its colours not stored (" + maps + ")",
+         differ + "; " + maps + " instead",
+         [&] {
+             const std::unique_ptr<Content> entry = entryOf(readFile(out));
+             PaletteArray stored(Content::Palette::empty());
+             entry->graphic()->palette(stored.get());
+             EXPECT_EQ(std::vector<unsigned char>(stored.get(), stored.get() + 1024), first.palette);
+             EXPECT_EQ(storedFrame(entry.get(), 1), indicesOf(repainted));
+         }},
+        {"a frame into an entry that holds no colours", {"import", out, ball[0]},
+         dropped + "are not stored" + none + "; it is imported by its indices (" + maps + ")",
+         dropped + "would not be stored" + none + "; " + maps + " instead",
+         [&] { EXPECT_EQ(storedFrame(entryOf(readFile(out)).get(), 0), indicesOf(first)); }},
+        {"a frame mapped by colour", {"import", out, "-p", fonts + ":1", ball[0]}, "", "",
+         [&] { EXPECT_EQ(storedFrame(entryOf(readFile(out)).get(), 0), indicesOf(first)); }},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.what);
+        const std::vector<std::string>& args = c.args;
+        std::vector<std::string> strict = args;
+        strict.push_back("--strict");
+        if (!c.refusal.empty()) {
+            const auto before = files();
+            const Outcome refused = lbx(strict);
+            EXPECT_EQ(refused.status, 1);
+            EXPECT_EQ(refused.err, "lbx: " + c.refusal + "\n");
+            EXPECT_TRUE(files() == before) << "a refusal changed a file";
+        }
+        const Outcome run = lbx(c.refusal.empty() ? strict : args);
+        ASSERT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.err, c.warning.empty() ? "" : "lbx: warning: " + c.warning + "\n");
+        c.check();
+        dir.file("sample/INBOX.LBX", pristine);
+        fs::remove(out);
     }
 }
 
