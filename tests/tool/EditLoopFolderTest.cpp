@@ -9,7 +9,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class EditLoop : public Tool {
+class EditLoopFolder : public Tool {
 protected:
     // Runs a command that must be refused with `message` as its one line,
     // and checks that nothing under `folders` changed.
@@ -44,7 +44,7 @@ protected:
 
 } // namespace
 
-TEST_F(EditLoop, ExportAndExtractReplaceNoFileUnlessForced)
+TEST_F(EditLoopFolder, ExportAndExtractReplaceNoFileUnlessForced)
 {
     const std::string out = dir.path("out"), inbox = sample("INBOX.LBX"), fonts = sample("FONTS.LBX");
     const std::string mine = put("out/INBOX_001_sheet.png", "my own picture");
@@ -74,7 +74,7 @@ TEST_F(EditLoop, ExportAndExtractReplaceNoFileUnlessForced)
     EXPECT_TRUE(readFile(out + "/FONTS_002.cursor") == bytesOf(extracted[2]->data(), extracted[2]->size()));
 }
 
-TEST_F(EditLoop, AnEditToAFileOnlyToLookAtIsRefusedWithTheFilesToEdit)
+TEST_F(EditLoopFolder, AnEditToAFileOnlyToLookAtIsRefusedWithTheFilesToEdit)
 {
     const std::string inbox = unpacked("INBOX.LBX"), fonts = unpacked("FONTS.LBX");
     const struct {
@@ -99,7 +99,7 @@ TEST_F(EditLoop, AnEditToAFileOnlyToLookAtIsRefusedWithTheFilesToEdit)
     }
 }
 
-TEST_F(EditLoop, PackLeavesEditorsLeftoversAloneAndNamesOtherStrays)
+TEST_F(EditLoopFolder, PackLeavesEditorsLeftoversAloneAndNamesOtherStrays)
 {
     const std::string folder = unpacked("STARNAME.LBX"), target = dir.path("new.lbx");
     for (const char* leftover : {"STARNAME_000.txt~", ".STARNAME_000.txt.swp", "#STARNAME_000.txt#", ".DS_Store",
@@ -120,7 +120,7 @@ TEST_F(EditLoop, PackLeavesEditorsLeftoversAloneAndNamesOtherStrays)
     EXPECT_TRUE(sameBytes(target, sample("STARNAME.LBX")));
 }
 
-TEST_F(EditLoop, AStaleTemporaryFileIsFoundBeforeAnyWork)
+TEST_F(EditLoopFolder, AStaleTemporaryFileIsFoundBeforeAnyWork)
 {
     const std::string folder = unpacked("INBOX.LBX"), target = dir.path("new/INBOX.LBX");
     const std::string stale = put("new/INBOX.LBX.lbx-part", "");
@@ -131,7 +131,7 @@ TEST_F(EditLoop, AStaleTemporaryFileIsFoundBeforeAnyWork)
                   {folder, dir.path("new")});
 }
 
-TEST_F(EditLoop, UnpackForcedOverAnEarlierUnpackReplacesOnlyWhatThatOneWrote)
+TEST_F(EditLoopFolder, UnpackForcedOverAnEarlierUnpackReplacesOnlyWhatThatOneWrote)
 {
     const std::string folder = dir.path("mod/INBOX");
     ASSERT_EQ(lbx({"unpack", sample("INBOX.LBX"), "-o", dir.path("mod")}).status, 0);
@@ -150,7 +150,7 @@ TEST_F(EditLoop, UnpackForcedOverAnEarlierUnpackReplacesOnlyWhatThatOneWrote)
     EXPECT_TRUE(sameBytes(dir.path("again.lbx"), sample("STARNAME.LBX")));
 }
 
-TEST_F(EditLoop, PalettesComeFromTheFolderTheUserNames)
+TEST_F(EditLoopFolder, PalettesComeFromTheFolderTheUserNames)
 {
     const std::string lonely = put("lonely/INBOX.LBX", readFile(sample("INBOX.LBX")));
     ASSERT_EQ(lbx({"export", sample("INBOX.LBX"), "1", "-o", dir.path("beside")}).status, 0);

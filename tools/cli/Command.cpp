@@ -95,12 +95,14 @@ int forEachPath(const std::vector<std::string>& paths, const std::function<void(
 }
 
 void storeIntoArchive(const SafeWriter& writer, const std::string& path, unsigned int index,
-                      std::unique_ptr<Content> entry, bool strict)
+                      std::unique_ptr<Content> entry, bool strict, const std::function<void(File& archive)>& check)
 {
     writer.check(path, Existing::Replace);
     std::unique_ptr<File> archive = openArchive(path);
     TerminalWarnings warnings;
     storeEntry(*archive, path, index, std::move(entry), strict, warnings);
+    if (check)
+        check(*archive);
     writer.writeArchive(path, *archive, Existing::Replace);
 }
 

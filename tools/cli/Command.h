@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TOOLS_CLI_COMMAND_H
 #define ZORV2_LBX_TOOLS_CLI_COMMAND_H
 
+#include "archive/File.h"
 #include "entry/Content.h"
 #include "tools/modding/PaletteSource.h"
 #include "tools/platform/SafeWrite.h"
@@ -17,6 +18,7 @@
 namespace lbxtool {
 
 using zorv2::Lbx::Content;
+using zorv2::Lbx::File;
 
 // A misuse of the command line, found after parsing: exit status 2 like the
 // parser's own.
@@ -54,9 +56,11 @@ int forEachPath(const std::vector<std::string>& paths, const std::function<void(
 // Puts `entry` into the archive at `path` in place of entry `index`, or
 // behind the others when `index` is the entry count, and rewrites the
 // archive in place through `writer`. With `strict` an entry of another shape
-// is refused before anything is written.
+// is refused before anything is written; so is whatever `check` refuses,
+// shown the archive with the entry in place.
 void storeIntoArchive(const SafeWriter& writer, const std::string& path, unsigned int index,
-                      std::unique_ptr<Content> entry, bool strict);
+                      std::unique_ptr<Content> entry, bool strict,
+                      const std::function<void(File& archive)>& check = nullptr);
 
 } // namespace lbxtool
 

@@ -27,7 +27,7 @@ struct ImportOptions {
     unsigned int clearMod = 0;
     std::string flags; // names joined by ',' or a number
     bool force = false;  // replace an existing entry file OUT
-    bool strict = false; // refuse an entry of another shape than the one it replaces
+    bool strict = false; // refuse what would otherwise be warned about
 };
 
 // Without an index OUT is a file of one entry: an archive there was meant
@@ -66,12 +66,26 @@ int importGraphic(const ImportOptions& options)
     const GraphicSettings settings = graphicSettings(frames.size(), options.flags, options.clearOnce, options.clearMod);
     SystemFiles files(writer);
     const PaletteArray palette = options.palette.empty() ? nullptr : PaletteSource::read(options.palette, files);
-    std::unique_ptr<Content> entry = graphicOfPictures(frames, options.images, settings, palette.get());
+    TerminalWarnings warnings;
+    std::unique_ptr<Content> entry =
+        graphicOfPictures(frames, options.images, settings, palette.get(), options.strict, warnings);
+    // Frames taken by their indices bring colours that may not be the
+    // entry's: in an archive, the colours it is shown in there.
+    const bool byIndices = takenByIndices(frames, palette.get());
 
     if (options.index) {
-        storeIntoArchive(writer, options.target, *options.index, std::move(entry), options.strict);
+        storeIntoArchive(writer, options.target, *options.index, std::move(entry), options.strict,
+                         [&](File& archive) {
+                             if (!byIndices)
+                                 return;
+                             PaletteSource source(archive, {}, files, warnings);
+                             const PaletteArray shown = source.forGraphic(*options.index);
+                             sayColours(frames, options.images, shown.get(), options.strict, warnings);
+                         });
         std::cout << "stored " << lbxtool::frames(frames.size()) << " as " << entryName(options.target, *options.index) << '\n';
     } else {
+        if (byIndices)
+            sayColours(frames, options.images, ownColours(frames, settings), options.strict, warnings);
         writer.writeBytes(options.target, std::string(entry->data(), entry->size()), replaceIf(options.force));
         std::cout << "wrote " << lbxtool::frames(frames.size()) << " to " << options.target << '\n';
     }
@@ -103,8 +117,8 @@ void addImport(CLI::App& app, int& status)
                         "empty picture), palette (the colours stored in the entry), shadows; or the number itself");
     command->add_flag("--force", i.force, "Replace the entry file OUT if it exists (never an archive)");
     command->add_flag("--strict", i.strict,
-                      "With --index: refuse, instead of warning, when the new entry is of another kind, size or "
-                      "frame count");
+                      "Refuse, instead of warning, a frame whose colours would not be stored or whose pixels are "
+                      "partly transparent; with --index, a new entry of another kind, size or frame count");
     examples(*command, "  lbx import ball.graphic frames/*.png -p demo/FONTS.LBX:1 --flags loop\n"
                        "  lbx import demo/INBOX.LBX -i 2 frame.png");
     define(*command, status, [options] { return importGraphic(*options); });

@@ -116,8 +116,12 @@ void addPack(CLI::App& app, int& status)
     command->add_flag("--force", options->force, "Replace the archive if it exists");
     command->add_flag("--nearest", options->rules.nearest,
                       "In frames saved as RGBA, take the nearest palette colour for a colour the palette lacks");
+    command->add_flag("--strict", options->rules.strict,
+                      "Refuse, instead of warning, a frame with pixels opaque at the entry's transparent index or "
+                      "partly transparent");
     jobsOption(*command, options->jobs);
-    examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force");
+    examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force\n"
+                       "  lbx pack mod/INBOX --strict");
     define(*command, status, [options] { return pack(*options); });
 }
 

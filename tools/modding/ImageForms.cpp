@@ -110,8 +110,10 @@ void addPalette(EntryForm& form, const UnpackPlace& place, const unsigned char* 
 }
 
 // The frames the manifest names, as indices, all of the first one's size.
-std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, const unsigned char* lookup,
-                                unsigned int begin, unsigned int& width, unsigned int& height)
+// Pixels stored transparent though the file shows them otherwise are said,
+// or with strict rules refused; a raw graphic has no transparent pixel.
+std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, const Lookup& lookup, bool raw,
+                                unsigned int& width, unsigned int& height)
 {
     const std::vector<std::string> names = fileNames(manifest, key::FRAMES, place.manifest);
     if (names.size() > LARGEST_COUNT)
@@ -126,7 +128,12 @@ std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, co
         } else if (picture.width != width || picture.height != height) {
             throw otherFrameSize(path, picture.width, picture.height, "the entry's first frame", width, height);
         }
-        frames.push_back(indicesOfPicture(picture, {lookup, begin, place.rules.nearest}, path, f));
+        PictureIndices read = indicesOfPicture(picture, lookup, path, f);
+        if (raw)
+            requirePainted(static_cast<std::size_t>(std::count(read.indices.begin(), read.indices.end(), CLEAR)), path);
+        else
+            sayTransparency(read, lookup.transparent, path, place.rules.strict, place.warnings);
+        frames.push_back(std::move(read.indices));
     }
     return frames;
 }
@@ -168,13 +175,18 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
     manifest[key::CLEAR_MOD] = graphic->clearMod();
     manifest[key::FLAGS] = flagText(graphic);
     manifest[key::FRAMES] = Json::array();
-    addFrames(form, place, frames, width, height, shown.get(), clearSlot(frames));
+    const int transparent = clearSlot(frames);
+    addFrames(form, place, frames, width, height, shown.get(), transparent);
     if (graphic->hasPalette()) {
         addPalette(form, place, shown.get(), palOffset, palSize);
         manifest[key::PALETTE_OFFSET] = palOffset;
         manifest[key::PALETTE_SIZE] = palSize;
     }
     manifest[key::BENEATH] = hexColours(beneath.get());
+    // An editor that drops the PNG's transparency leaves this index opaque:
+    // pack still knows it, and says so.
+    if (transparent != ALL_INDICES_PAINTED && transparent != NOTHING_CLEAR)
+        manifest[key::TRANSPARENT_INDEX] = static_cast<unsigned int>(transparent);
     return form;
 }
 
@@ -200,7 +212,12 @@ std::unique_ptr<Content> graphicFrom(const Json& manifest, const PackPlace& plac
     } catch (const std::runtime_error& e) {
         throw where.problem(e.what());
     }
-    const std::vector<Indices> frames = framesFrom(manifest, place, lookup.get(), 0, width, height);
+    int transparent = NO_INDEX;
+    if (manifest.contains(key::TRANSPARENT_INDEX))
+        transparent = static_cast<int>(number(manifest, key::TRANSPARENT_INDEX, COLORS - 1, where));
+    const std::vector<Indices> frames =
+        framesFrom(manifest, place, {lookup.get(), 0, place.rules.nearest, transparent},
+                   (flags & Content::Graphic::RAW) != 0, width, height);
     if (width > LARGEST_SIDE || height > LARGEST_SIDE)
         throw where.problem("a graphic is at most 65535 pixels a side");
     return created(place, [&] {
@@ -232,15 +249,15 @@ std::unique_ptr<Content> cursorFrom(const Json& manifest, const PackPlace& place
 {
     std::vector<unsigned char> palette = paletteFrom(manifest, place, COLORS);
     unsigned int width = 0, height = 0;
-    std::vector<Indices> frames = framesFrom(manifest, place, palette.data(), 1, width, height);
+    // Index 0 is the cursor's transparent one, opaque in the file or not.
+    std::vector<Indices> frames =
+        framesFrom(manifest, place, {palette.data(), 1, place.rules.nearest, 0}, false, width, height);
     if (frames.size() != CURSOR_FRAMES)
         throw place.manifest.problem("a cursor has 20 frames, 'frames' names " + std::to_string(frames.size()));
     if (width != CURSOR_SIDE || height != CURSOR_SIDE)
         throw std::runtime_error("'" + place.pathOf(manifest[key::FRAMES][0].get<std::string>()) + "' is " +
                                  std::to_string(width) + "x" + std::to_string(height) +
                                  "; a cursor's frames are 24x24");
-    for (Indices& frame : frames)
-        std::replace(frame.begin(), frame.end(), static_cast<unsigned short>(0), CLEAR);
     return created(place, [&] { return cursorOfIndices(frames, palette.data()); });
 }
 

@@ -91,21 +91,35 @@ std::vector<unsigned char> shownColours(const Indices& indices, const unsigned c
     return coloured(indices, palette);
 }
 
-Indices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name, unsigned int frame)
+PictureIndices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name,
+                                unsigned int frame)
 {
     const std::size_t pixels = std::size_t(picture.width) * picture.height;
-    Indices indices(pixels, CLEAR);
+    PictureIndices result;
+    result.indices.assign(pixels, CLEAR);
+    Indices& indices = result.indices;
     if (picture.indexed) {
-        for (std::size_t p = 0; p < pixels; ++p)
-            if (picture.palette[picture.pixels[p] * PIXEL_SIZE + layout::ALPHA] != 0)
-                indices[p] = picture.pixels[p];
-        return indices;
+        for (std::size_t p = 0; p < pixels; ++p) {
+            const unsigned char index = picture.pixels[p];
+            const unsigned char alpha = picture.palette[index * PIXEL_SIZE + layout::ALPHA];
+            if (alpha != 0 && alpha != layout::OPAQUE)
+                ++result.partlyTransparent;
+            else if (alpha == layout::OPAQUE && index == lookup.transparent)
+                ++result.opaqueTransparent;
+            else if (alpha == layout::OPAQUE)
+                indices[p] = index;
+        }
+        return result;
     }
     Palette::Index index(const_cast<unsigned char*>(lookup.palette), lookup.begin, COLORS);
     for (std::size_t p = 0; p < pixels; ++p) {
         unsigned char* pixel = const_cast<unsigned char*>(&picture.pixels[p * PIXEL_SIZE]);
         if (pixel[layout::ALPHA] == 0)
             continue;
+        if (pixel[layout::ALPHA] != layout::OPAQUE) {
+            ++result.partlyTransparent;
+            continue;
+        }
         try {
             indices[p] = index.find(pixel);
         } catch (const std::runtime_error&) {
@@ -118,7 +132,48 @@ Indices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std
             indices[p] = nearestIndex(pixel, lookup);
         }
     }
-    return indices;
+    return result;
+}
+
+void requirePainted(std::size_t unpainted, const std::string& path)
+{
+    if (unpainted != 0)
+        throw std::runtime_error("'" + path + "': " + counted(unpainted, "pixel") + (unpainted == 1 ? " is" : " are") +
+                                 " not fully opaque, and a raw graphic paints every pixel; paint " +
+                                 (unpainted == 1 ? "it" : "them") + ", or take raw out of its flags");
+}
+
+std::string counted(std::size_t count, const std::string& thing)
+{
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
+
+void sayTransparency(const PictureIndices& picture, int transparent, const std::string& path, bool strict,
+                     Warnings& warnings)
+{
+    struct Note {
+        std::size_t count;
+        std::string shows; // what the file shows of them
+        std::string mend;  // what to do instead, when strict refuses
+    };
+    const std::string index = std::to_string(transparent);
+    const Note notes[] = {
+        {picture.opaqueTransparent,
+         " opaque at index " + index + ", the entry's transparent index (the file's palette no longer makes it "
+                                       "transparent)",
+         "save the frame with index " + index + " transparent, or paint with another index"},
+        {picture.partlyTransparent, " partly transparent (alpha neither 0 nor 255)",
+         "make each fully transparent or fully opaque"},
+    };
+    for (const Note& note : notes) {
+        if (note.count == 0)
+            continue;
+        const bool one = note.count == 1;
+        const std::string shows = "'" + path + "': " + counted(note.count, "pixel") + (one ? " is" : " are") + note.shows;
+        if (strict)
+            throw std::runtime_error(shows + "; " + note.mend);
+        warnings.warn(shows + (one ? "; it is" : "; they are") + " stored transparent");
+    }
 }
 
 Content* graphicOfIndices(const std::vector<Indices>& frames, unsigned short width, unsigned short height,

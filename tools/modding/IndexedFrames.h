@@ -3,6 +3,7 @@
 
 #include "entry/Content.h"
 #include "tools/modding/Png.h"
+#include "tools/modding/Warnings.h"
 
 #include <string>
 #include <vector>
@@ -35,13 +36,38 @@ struct Lookup {
     const unsigned char* palette; // the colours it is shown in, for RGBA pictures
     unsigned int begin;           // the lowest index a painted pixel may take
     bool nearest;                 // a colour not in the palette takes the nearest instead of a refusal
+    int transparent;              // the index that stands for unpainted pixels in an indexed picture, or NO_INDEX
+};
+constexpr int NO_INDEX = -1;
+
+// A picture's indices, and the pixels that the file shows otherwise than
+// the entry can: those are stored transparent, and the caller says so.
+struct PictureIndices {
+    Indices indices;
+    std::size_t opaqueTransparent = 0; // at the transparent index, yet opaque in the file
+    std::size_t partlyTransparent = 0; // alpha neither 0 nor 255
 };
 
-// The indices of frame `frame` of an entry, saved as `name`. An indexed
-// picture gives its indices as they stand, and a pixel whose palette entry
-// is transparent is CLEAR. In an RGBA picture alpha 0 is CLEAR and any
-// other colour the lowest index of `lookup` that holds it.
-Indices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name, unsigned int frame);
+// The indices of frame `frame` of an entry, saved as `name`. Only a fully
+// opaque pixel is painted: an indexed picture gives its indices as they
+// stand, except the transparent one; an RGBA picture gives for each colour
+// the lowest index of `lookup` that holds it.
+PictureIndices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name,
+                                unsigned int frame);
+
+// Tells `warnings` of the pixels of `picture`, read from `path`, that were
+// stored transparent though the file shows them otherwise (`transparent` is
+// the lookup's); with `strict` throws the first such message instead, with
+// what to do.
+void sayTransparency(const PictureIndices& picture, int transparent, const std::string& path, bool strict,
+                     Warnings& warnings);
+
+// A raw graphic paints every pixel of every frame: throws, naming `path`,
+// when `unpainted` of its pixels are not fully opaque.
+void requirePainted(std::size_t unpainted, const std::string& path);
+
+// "1 pixel", "7 pixels": counts in messages.
+std::string counted(std::size_t count, const std::string& thing);
 
 // A graphic entry that stores exactly `frames`, with `palette` as its
 // colours for the palette block.

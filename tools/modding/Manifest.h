@@ -44,6 +44,8 @@ constexpr const char* FLAGS = "flags";
 constexpr const char* PALETTE_OFFSET = "paletteOffset";
 constexpr const char* PALETTE_SIZE = "paletteSize";
 constexpr const char* BENEATH = "beneath";
+// The index a graphic's frames hold where nothing is painted, when one is.
+constexpr const char* TRANSPARENT_INDEX = "transparentIndex";
 // A text table's record length, a font's metrics.
 constexpr const char* RECORD_LENGTH = "recordLength";
 constexpr const char* HEIGHTS = "heights";
