@@ -395,13 +395,13 @@ TEST(Pack, AHeaderAreaOtherThanTheOneUnpackedIsNamed)
 {
     const std::string area(2048, '\0');
     Json manifest = Json::parse(R"({"tagged": true})");
-    EXPECT_EQ(headerNote(manifest, area, true, "m.json"),
+    EXPECT_EQ(headerNote(manifest, area, 0, true, "m.json"),
               "the header area of the archive unpacked into m.json held bytes the writer does not write (a fill "
               "other than zeros); the entries are as they were");
     manifest["tagged"] = false;
-    EXPECT_NE(headerNote(manifest, area, true, "m.json").find("(no tag word)"), std::string::npos);
+    EXPECT_NE(headerNote(manifest, area, 0, true, "m.json").find("(no tag word)"), std::string::npos);
     manifest["header"] = hashOf(area);
-    EXPECT_EQ(headerNote(manifest, area, true, "m.json"), "");
+    EXPECT_EQ(headerNote(manifest, area, 0, true, "m.json"), "");
 }
 
 TEST(Import, SettingsAndFramesThatDoNotFitAreRefusedWithWhatIsWrong)

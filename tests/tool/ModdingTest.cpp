@@ -265,9 +265,10 @@ TEST_F(Modding, AChangedFrameCountOrSizeIsAllowedAndReported)
     const Outcome packed = pack(folder, dir.path("INBOX.LBX"));
     ASSERT_EQ(packed.status, 0) << packed.err;
     EXPECT_NE(packed.out.find("changed " + dir.path("INBOX.LBX") +
-                              "[1]: was graphic (8 frames of 48x32), becomes graphic (9 frames of 48x32)\n"),
+                              "[1]: was graphic (8 frames of 48x32), becomes graphic (9 frames of 48x32); frame 8\n"),
               std::string::npos)
         << packed.out;
+    EXPECT_EQ(packed.err, "") << "the header area differs in its offsets alone";
     EXPECT_EQ(lbx({"verify", dir.path("INBOX.LBX")}).status, 0);
 }
 

@@ -3,6 +3,7 @@
 
 #include "tools/cli/Command.h"
 #include "tools/cli/Commands.h"
+#include "tools/modding/EntryView.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Pack.h"
 #include "tools/parallel/Workers.h"
@@ -30,9 +31,10 @@ struct PackOptions {
 };
 
 // The entries of `plan` made from their files on the workers, and put into
-// an archive in order; `changes` gets what changed.
+// an archive in order; `changes` gets what changed, `shapes` what each is.
 std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& options, const std::string& folder,
-                   const std::string& manifestPath, const std::string& target, std::vector<std::string>& changes)
+                                    const std::string& manifestPath, const std::string& target,
+                                    std::vector<std::string>& changes, std::vector<std::string>& shapes)
 {
     const FileReader read = [&folder](const std::string& name) { return readBytes(inFolder(folder, name)); };
     TerminalWarnings warnings;
@@ -49,6 +51,7 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
             std::rethrow_exception(outcome.failure);
         if (!packed[i].change.empty())
             changes.push_back(packed[i].change);
+        shapes.push_back(shapeOf(packed[i].entry.get()));
         archive->push_back(packed[i].entry.get());
         packed[i].entry.release();
     };
@@ -62,10 +65,28 @@ void noteHeader(const std::string& target, const Json& manifest, const std::stri
     const ArchiveHeader header = readHeader(target);
     if (!header.valid)
         return;
-    const std::string note =
-        headerNote(manifest, readBytes(target, header.offsets.front()), header.tagged, manifestPath);
+    const std::string note = headerNote(manifest, readBytes(target, header.offsets.front()),
+                                        header.offsets.size() - 1, header.tagged, manifestPath);
     if (!note.empty())
         warn(note);
+}
+
+// What was packed, and every way it differs from the archive unpacked.
+void printSummary(File& archive, const std::string& folder, const std::string& target,
+                  const std::vector<std::string>& changes, const Arrangement& arranged)
+{
+    std::cout << "packed " << entries(archive.size()) << " from " << folder << " into " << target << ", "
+              << changes.size() << " changed";
+    for (const auto& [count, what] : {std::pair<unsigned int, const char*>{arranged.added, " added"},
+                                      {arranged.moved, " moved"},
+                                      {arranged.removed, " removed"}})
+        if (count > 0)
+            std::cout << ", " << count << what;
+    std::cout << '\n';
+    for (const std::string& change : changes)
+        std::cout << "  changed " << change << '\n';
+    for (const std::string& line : arranged.lines)
+        std::cout << "  " << line << '\n';
 }
 
 int pack(const PackOptions& options)
@@ -90,17 +111,16 @@ int pack(const PackOptions& options)
     TerminalWarnings warnings;
     requireNamedFiles(folder, held, *plan.entries, manifestPath, warnings);
 
-    std::vector<std::string> changes;
-    const std::unique_ptr<File> archive = packedArchive(plan, options, folder, manifestPath, target, changes);
+    std::vector<std::string> changes, shapes;
+    const std::unique_ptr<File> archive =
+        packedArchive(plan, options, folder, manifestPath, target, changes, shapes);
+    const Arrangement arranged = arrangement(manifest, plan, shapes, target);
     const std::string targetFolder = fs::path(target).parent_path().string();
     if (!targetFolder.empty())
         makeFolder(targetFolder);
     writer.writeArchive(target, *archive, existing);
     noteHeader(target, manifest, manifestPath);
-    std::cout << "packed " << entries(archive->size()) << " from " << folder << " into " << target << ", "
-              << changes.size() << " changed\n";
-    for (const std::string& change : changes)
-        std::cout << "  changed " << change << '\n';
+    printSummary(*archive, folder, target, changes, arranged);
     return EXIT_DONE;
 }
 

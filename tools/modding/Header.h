@@ -18,6 +18,11 @@ struct ArchiveHeader {
 // only when the file cannot be opened.
 ArchiveHeader readHeader(const std::string& path);
 
+// The header area `area` of an archive of `entries` entries with the entry
+// count and the offsets zeroed: what stays when entries change size, are
+// added or removed.
+std::string withoutOffsets(std::string area, std::size_t entries);
+
 } // namespace lbxtool
 
 #endif

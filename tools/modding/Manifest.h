@@ -20,13 +20,16 @@ const std::string MANIFEST_NAME = "archive.json";
 // The manifest's keys, each in one place.
 namespace key {
 // The archive: its file name, its tag word, a fingerprint of its header
-// area, and its entries in order.
+// area but for the entry count and offsets, its entry count, and its entries
+// in order.
 constexpr const char* ARCHIVE = "archive";
 constexpr const char* TAGGED = "tagged";
 constexpr const char* HEADER = "header";
+constexpr const char* COUNT = "count";
 constexpr const char* ENTRIES = "entries";
 // Each entry: its kind and its files, what the library says it is, a
-// fingerprint of its bytes and of each file as written.
+// fingerprint of its bytes, its place, and a fingerprint of each file as
+// written.
 constexpr const char* KIND = "kind";
 constexpr const char* FILE = "file";
 constexpr const char* FRAMES = "frames";
@@ -34,6 +37,7 @@ constexpr const char* PALETTE = "palette";
 constexpr const char* VIEWS = "views";
 constexpr const char* SHAPE = "shape";
 constexpr const char* HASH = "hash";
+constexpr const char* INDEX = "index"; // its place in the archive unpacked
 constexpr const char* FILES = "files";
 // A graphic's settings.
 constexpr const char* WIDTH = "width";

@@ -4,6 +4,7 @@
 #include "tools/modding/Hash.h"
 #include "tools/modding/Names.h"
 
+#include <map>
 #include <set>
 #include <stdexcept>
 
@@ -69,6 +70,49 @@ void requireViewsAsWritten(const Json& described, const PackPlace& place)
     }
 }
 
+// "frame 3", "frames 2, 5": the numbers of the parts that changed.
+std::string numbered(const std::string& one, const std::string& many, const std::vector<unsigned int>& numbers)
+{
+    std::string text = numbers.size() == 1 ? one : many;
+    for (std::size_t n = 0; n < numbers.size(); ++n)
+        text += (n == 0 ? " " : ", ") + std::to_string(numbers[n]);
+    return text;
+}
+
+// Which of an entry's files differ from those unpack wrote, by what pack
+// read of them (`read`: each file's fingerprint): its frames by number, its
+// palette, its other file; its settings in the manifest when no file did.
+std::string changedParts(const Json& described, const std::map<std::string, std::string>& read,
+                         const ManifestPlace& where)
+{
+    const Json none = Json::object();
+    const Json& written = described.contains(key::FILES) && described[key::FILES].is_object() ? described[key::FILES] : none;
+    const auto differs = [&](const std::string& name) {
+        const auto found = read.find(name);
+        return found != read.end() && written.value(name, "") != found->second;
+    };
+    std::vector<std::string> parts;
+    if (described.contains(key::FRAMES)) {
+        std::vector<unsigned int> frames;
+        const std::vector<std::string> names = fileNames(described, key::FRAMES, where);
+        for (unsigned int f = 0; f < names.size(); ++f)
+            if (differs(names[f]))
+                frames.push_back(f);
+        if (!frames.empty())
+            parts.push_back(numbered("frame", "frames", frames));
+    }
+    if (described.contains(key::PALETTE) && differs(fileName(described, key::PALETTE, where)))
+        parts.push_back("palette");
+    if (described.contains(key::FILE) && differs(fileName(described, key::FILE, where)))
+        parts.push_back("its file");
+    if (parts.empty())
+        parts.push_back("its settings in " + MANIFEST_NAME);
+    std::string joined;
+    for (const std::string& part : parts)
+        joined += (joined.empty() ? "" : ", ") + part;
+    return joined;
+}
+
 } // namespace
 
 PackPlan planPack(const Json& manifest, const std::string& manifestPath)
@@ -108,19 +152,62 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
     const Json& described = (*plan.entries)[index];
     PackedEntry packed;
     requireViewsAsWritten(described, place);
-    packed.entry = entryFromForm(described, place);
+    std::map<std::string, std::string> read;
+    const PackPlace reading{place.manifest,
+                            [&](const std::string& name) {
+                                std::string bytes = place.read(name);
+                                read[name] = hashOf(bytes);
+                                return bytes;
+                            },
+                            place.folder, place.rules, place.warnings};
+    packed.entry = entryFromForm(described, reading);
     Content* entry = packed.entry.get();
-    if (described.value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {
+    // An entry new to the archive is told as added, not as changed.
+    if (described.contains(key::HASH) &&
+        described.value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {
         const std::string becomes = shapeOf(entry);
         const std::string change = shapeChange(described.value(key::SHAPE, ""), becomes);
-        packed.change = entryName(target, index) + ": " + (change.empty() ? becomes : change);
+        packed.change = entryName(target, index) + ": " + (change.empty() ? becomes : change) + "; " +
+                        changedParts(described, read, place.manifest);
     }
     return packed;
 }
 
-std::string headerNote(const Json& manifest, const std::string& area, bool tagged, const std::string& manifestPath)
+Arrangement arrangement(const Json& manifest, const PackPlan& plan, const std::vector<std::string>& shapes,
+                        const std::string& target)
 {
-    if (manifest.value(key::HEADER, "") == hashOf(area))
+    Arrangement done;
+    if (!manifest.contains(key::COUNT) || !manifest[key::COUNT].is_number_unsigned())
+        return done; // unpacked before entries knew their places
+    const std::size_t count = manifest[key::COUNT].get<std::size_t>();
+    std::set<std::size_t> kept;
+    for (std::size_t i = 0; i < plan.entries->size(); ++i) {
+        const Json& described = (*plan.entries)[i];
+        const std::string name = entryName(target, static_cast<unsigned int>(i));
+        if (!described.contains(key::INDEX) || !described[key::INDEX].is_number_unsigned()) {
+            done.lines.push_back("added " + name + ": " + shapes[i]);
+            ++done.added;
+            continue;
+        }
+        const std::size_t was = described[key::INDEX].get<std::size_t>();
+        kept.insert(was);
+        if (was != i) {
+            done.lines.push_back("moved " + name + ": was entry " + std::to_string(was));
+            ++done.moved;
+        }
+    }
+    for (std::size_t was = 0; was < count; ++was)
+        if (kept.count(was) == 0) {
+            done.lines.push_back("removed entry " + std::to_string(was) + " of " + plan.archive + " as unpacked");
+            ++done.removed;
+        }
+    return done;
+}
+
+std::string headerNote(const Json& manifest, const std::string& area, std::size_t entries, bool tagged,
+                       const std::string& manifestPath)
+{
+    if (manifest.value(key::HEADER, "") == hashOf(withoutOffsets(area, entries)))
         return "";
     const std::string which = manifest.value(key::TAGGED, tagged) == tagged ? "a fill other than zeros" : "no tag word";
     return "the header area of the archive unpacked into " + manifestPath + " held bytes the writer does not write (" +

@@ -33,7 +33,7 @@ void requireNamedFiles(const std::string& folder, const std::vector<Files::Liste
 // One entry made from its files, and how it changed.
 struct PackedEntry {
     std::unique_ptr<Content> entry;
-    std::string change; // "ARCHIVE[3]: text", empty when it is as it was unpacked
+    std::string change; // "ARCHIVE[3]: graphic (...); frames 2, 5", empty when it is as it was unpacked
 };
 
 // Entry `index` of `plan`, made from its files in `folder` as `read` reads
@@ -41,10 +41,22 @@ struct PackedEntry {
 // only to look at that was changed is refused, with the file to edit.
 PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace& place, const std::string& target);
 
+// How the entries of `plan` stand against those of the archive unpacked:
+// "added ARCHIVE[4]: text", "moved ARCHIVE[0]: was entry 1", "removed entry
+// 2 of INBOX.LBX as unpacked"; `shapes` are those of the entries packed.
+struct Arrangement {
+    std::vector<std::string> lines;
+    unsigned int added = 0, moved = 0, removed = 0;
+};
+Arrangement arrangement(const Json& manifest, const PackPlan& plan, const std::vector<std::string>& shapes,
+                        const std::string& target);
+
 // What to tell the user when the archive written holds a header area other
-// than the one unpacked (`area`, of an archive `tagged` or not): the
-// library's writer always tags and fills with zeros. Empty when they agree.
-std::string headerNote(const Json& manifest, const std::string& area, bool tagged, const std::string& manifestPath);
+// than the one unpacked in more than its entry count and offsets (`area`, of
+// an archive of `entries` entries, `tagged` or not): the library's writer
+// always tags and fills with zeros. Empty when they agree.
+std::string headerNote(const Json& manifest, const std::string& area, std::size_t entries, bool tagged,
+                       const std::string& manifestPath);
 
 } // namespace lbxtool
 

@@ -3,6 +3,7 @@
 #include "tools/modding/EntryView.h"
 #include "tools/modding/Forms.h"
 #include "tools/modding/Hash.h"
+#include "tools/modding/Header.h"
 #include "tools/modding/Names.h"
 
 #include <filesystem>
@@ -17,6 +18,7 @@ UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int i
     UnpackedEntry done;
     form.manifest[key::SHAPE] = shapeOf(entry);
     form.manifest[key::HASH] = hashOf(std::string(entry->data(), entry->size()));
+    form.manifest[key::INDEX] = index;
     for (auto* made : {&form.files, &form.views})
         for (auto& [name, bytes] : *made) {
             form.manifest[key::FILES][name] = hashOf(bytes);
@@ -33,7 +35,8 @@ Json archiveManifest(File& archive, const std::string& path, const std::string& 
     Json manifest;
     manifest[key::ARCHIVE] = std::filesystem::path(path).filename().string();
     manifest[key::TAGGED] = archive.tagged();
-    manifest[key::HEADER] = hashOf(headerArea);
+    manifest[key::HEADER] = hashOf(withoutOffsets(headerArea, archive.size()));
+    manifest[key::COUNT] = archive.size();
     manifest[key::ENTRIES] = Json::array();
     return manifest;
 }
