@@ -212,7 +212,10 @@ TEST_F(Modding, AnEditChangesItsEntryAndNothingElse)
     for (const char* name : {"INBOX.LBX", "STARNAME.LBX", "SPHERSFX.LBX"})
         ASSERT_EQ(unpack(sample(name)).status, 0);
     const std::string mod = dir.path("mod");
-    const std::string wave = readFile(dir.path("mod/SPHERSFX/SPHERSFX_000.wav")).substr(0, 100);
+    // The sound cut to its first 56 samples, its lengths told so.
+    std::string wave = readFile(dir.path("mod/SPHERSFX/SPHERSFX_000.wav")).substr(0, 100);
+    wave.replace(4, 4, le32(92));
+    wave.replace(40, 4, le32(56));
     const struct {
         std::string stem;
         unsigned int entry;

@@ -69,7 +69,7 @@ int importGraphic(const ImportOptions& options)
     std::unique_ptr<Content> entry = graphicOfPictures(frames, options.images, settings, palette.get());
 
     if (options.index) {
-        storeIntoArchive(writer, options.target, *options.index, std::move(entry), options.strict);
+        storeIntoArchive(writer, options.target, *options.index, [&entry] { return std::move(entry); }, options.strict);
         std::cout << "stored " << frames.size() << " frames as " << entryName(options.target, *options.index) << '\n';
     } else {
         writer.writeBytes(options.target, std::string(entry->data(), entry->size()), replaceIf(options.force));

@@ -4,7 +4,9 @@
 #include "entry/Write.h"
 #include "images/Font.h"
 #include "kinds/Text.h"
+#include "tools/modding/EntryFiles.h"
 #include "tools/modding/FormKinds.h"
+#include "tools/modding/Hash.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Png.h"
 #include "tools/modding/Shapes.h"
@@ -33,9 +35,6 @@ namespace {
 using Text = Content::Text;
 using Font = Content::Font;
 
-// A table's second 16-bit field is the length of its records; the library
-// reads it but hands out only the strings.
-constexpr unsigned int RECORD_LENGTH_OFFSET = 2;
 constexpr unsigned int LARGEST_FIELD = std::numeric_limits<unsigned short>::max();
 constexpr unsigned int LARGEST_WIDTH = std::numeric_limits<unsigned char>::max();
 
@@ -61,13 +60,55 @@ EntryForm bytes(Content* entry, const UnpackPlace& place, const std::string& why
     return form;
 }
 
+// Whether `data` is the file `name` as unpack wrote it: whatever it holds,
+// it is then the entry's own bytes.
+bool asUnpacked(const Json& manifest, const std::string& name, const std::string& data)
+{
+    const auto files = manifest.find(key::FILES);
+    if (files == manifest.end() || !files->is_object())
+        return false;
+    const auto hash = files->find(name);
+    return hash != files->end() && hash->is_string() && hash->get<std::string>() == hashOf(data);
+}
+
+std::unique_ptr<Content> entryOfBytes(const std::string& data, const std::string& path)
+{
+    char* block = new char[data.size()];
+    std::memcpy(block, data.data(), data.size());
+    return std::make_unique<Content>(path, block, static_cast<unsigned int>(data.size()));
+}
+
+std::unique_ptr<Content> soundFrom(const Json& manifest, const PackPlace& place)
+{
+    const std::string name = fileName(manifest, key::FILE, place.manifest);
+    const std::string data = place.read(name);
+    const std::string path = place.pathOf(name);
+    const std::string problem = asUnpacked(manifest, name, data) ? "" : soundProblem(data.data(), data.size());
+    if (!problem.empty())
+        throw std::runtime_error("'" + path + "' " + problem + "; save it as a plain WAVE file");
+    return entryOfBytes(data, path);
+}
+
+// A .bin holds an entry's bytes whatever they are; a file that is plainly
+// something else is a mistake that would be stored without a word.
 std::unique_ptr<Content> bytesFrom(const Json& manifest, const PackPlace& place)
 {
     const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string data = place.read(name);
-    char* block = new char[data.size()];
-    std::memcpy(block, data.data(), data.size());
-    return std::make_unique<Content>(place.pathOf(name), block, static_cast<unsigned int>(data.size()));
+    const std::string path = place.pathOf(name);
+    const FileKind is = asUnpacked(manifest, name, data) ? FileKind::ENTRY : fileKind(data.data(), data.size());
+    const std::string putBack = "; put back the file that unpack wrote";
+    switch (is) {
+    case FileKind::ENTRY:
+    case FileKind::TEXT: // an entry of the game may well be text
+        return entryOfBytes(data, path);
+    case FileKind::ARCHIVE:
+        throw std::runtime_error("'" + path + "' is an LBX archive, which is never an entry" + putBack);
+    case FileKind::PNG:
+        throw std::runtime_error("'" + path + "' is a PNG image, not an entry's bytes" + putBack +
+                                 " (lbx import makes pictures a graphic)");
+    default: throw std::runtime_error("'" + path + "' is " + fileKindName(is) + ", not an entry's bytes" + putBack);
+    }
 }
 
 std::vector<std::string> recordsOf(Text* table)
@@ -179,7 +220,7 @@ const struct {
     std::unique_ptr<Content> (*make)(const Json& manifest, const PackPlace& place);
 } MAKERS[] = {
     {kind::GRAPHIC, graphicFrom}, {kind::CURSOR, cursorFrom}, {kind::TEXT, textFrom},
-    {kind::FONT, fontFrom},       {kind::SOUND, bytesFrom},    {kind::BYTES, bytesFrom},
+    {kind::FONT, fontFrom},       {kind::SOUND, soundFrom},    {kind::BYTES, bytesFrom},
 };
 
 EntryForm editable(Content* entry, const UnpackPlace& place)
@@ -217,6 +258,8 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place)
     std::string why;
     try {
         EntryForm form = forms::editable(entry, place);
+        if (form.manifest[key::KIND] == kind::BYTES)
+            return form; // bytes come back as they are
         Refused refused;
         PackRules strict;
         strict.strict = true;
