@@ -126,13 +126,11 @@ EntryForm text(Content* entry, const UnpackPlace& place)
     const std::string name = textFileName(place.stem, place.index);
     form.manifest[key::KIND] = kind::TEXT;
     form.manifest[key::FILE] = name;
+    // The game finds a record by its number, at its length: pack holds an
+    // edited file to both unless told otherwise.
+    form.manifest[key::RECORDS] = records.size();
+    form.manifest[key::RECORD_LENGTH] = entry->text()->read2(RECORD_LENGTH_OFFSET);
     form.files[name] = escapedLines(records);
-    // Only a length the library's rule would not choose needs saying; any
-    // other lets the strings grow.
-    const unsigned int length = entry->text()->read2(RECORD_LENGTH_OFFSET);
-    const std::unique_ptr<Content> chosen(Text::create(records));
-    if (chosen->text()->read2(RECORD_LENGTH_OFFSET) != length)
-        form.manifest[key::RECORD_LENGTH] = length;
     return form;
 }
 
@@ -143,36 +141,62 @@ Content* tableOfLength(const std::vector<std::string>& records, unsigned int len
     Content::Write write;
     write.add2("nr", static_cast<unsigned short>(records.size()));
     write.add2("textsize", static_cast<unsigned short>(length));
-    for (const std::string& record : records)
-        for (unsigned int position = 0; position < length; ++position)
-            write.add1(position < record.size() ? "text" : "text fill",
-                       position < record.size() ? static_cast<unsigned char>(record[position]) : 0);
+    std::vector<char> block(records.size() * length, '\0');
+    for (std::size_t i = 0; i < records.size(); ++i)
+        std::copy(records[i].begin(), records[i].end(), block.begin() + static_cast<std::ptrdiff_t>(i * length));
+    write.add(block.data(), static_cast<unsigned int>(block.size()));
     return Content::AbstractContent::genContent(write, Content::TEXT);
+}
+
+// The records a table's file stands for, a line each; a line the game would
+// read otherwise than it stands is refused where it stands.
+std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path)
+{
+    std::vector<std::string> records;
+    for (const std::string& line : textLines(text)) {
+        const std::string where = "'" + path + "' line " + std::to_string(records.size() + 1) + ": ";
+        try {
+            records.push_back(unescapeText(line));
+        } catch (const std::runtime_error& e) {
+            throw std::runtime_error(where + e.what());
+        }
+        const std::size_t zero = records.back().find('\0');
+        if (zero != std::string::npos)
+            throw std::runtime_error(where + "\\x00 at column " + std::to_string(lineColumn(line, zero)) +
+                                     " would end the record there, as the game reads up to a zero byte; take it out");
+    }
+    return records;
 }
 
 std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
 {
     const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string path = place.pathOf(name);
-    std::vector<std::string> records;
-    for (const std::string& line : textLines(place.read(name))) {
-        try {
-            records.push_back(unescapeText(line));
-        } catch (const std::runtime_error& e) {
-            throw std::runtime_error("'" + path + "' line " + std::to_string(records.size() + 1) + ": " + e.what());
-        }
-    }
+    std::vector<std::string> records = recordsOfFile(place.read(name), path);
     if (records.size() > LARGEST_FIELD)
         throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) +
                                  " lines; a table holds at most 65535");
+    // A manifest of before records and lengths were written keeps the
+    // library's choice of length, as it always had.
+    if (manifest.contains(key::RECORDS) && !place.rules.records) {
+        const unsigned int count = number(manifest, key::RECORDS, LARGEST_FIELD, place.manifest);
+        if (records.size() != count)
+            throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) + " lines and the table " +
+                                     std::to_string(count) + " records; a line is a record (--records lets the "
+                                     "count change)");
+    }
     if (!manifest.contains(key::RECORD_LENGTH))
         return created(place, [&] { return Text::create(records); });
     const unsigned int length = number(manifest, key::RECORD_LENGTH, LARGEST_FIELD, place.manifest);
-    for (std::size_t line = 0; line < records.size(); ++line)
-        if (records[line].size() > length)
-            throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
-                                     std::to_string(records[line].size()) + " bytes, more than the table's records of " +
-                                     std::to_string(length) + " (recordLength in the manifest)");
+    for (std::size_t line = 0; line < records.size(); ++line) {
+        if (records[line].size() <= length)
+            continue;
+        if (place.rules.grow)
+            return created(place, [&] { return Text::create(records); });
+        throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
+                                 std::to_string(records[line].size()) + " bytes, more than the table's records of " +
+                                 std::to_string(length) + " (--grow lets records grow)");
+    }
     return created(place, [&] { return tableOfLength(records, length); });
 }
 

@@ -44,7 +44,8 @@ constexpr const char* FLAGS = "flags";
 constexpr const char* PALETTE_OFFSET = "paletteOffset";
 constexpr const char* PALETTE_SIZE = "paletteSize";
 constexpr const char* BENEATH = "beneath";
-// A text table's record length, a font's metrics.
+// A text table's record count and record length, a font's metrics.
+constexpr const char* RECORDS = "records";
 constexpr const char* RECORD_LENGTH = "recordLength";
 constexpr const char* HEIGHTS = "heights";
 constexpr const char* WIDTHS = "widths";
