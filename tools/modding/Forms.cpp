@@ -148,6 +148,19 @@ Content* tableOfLength(const std::vector<std::string>& records, unsigned int len
     return Content::AbstractContent::genContent(write, Content::TEXT);
 }
 
+// Whether a table of records of `length` keeps a zero behind every string:
+// it does at the lengths the library chooses for strings shorter than them,
+// and the library's own check of the table expects it there. At any other
+// length the longest string may fill its record.
+bool endsEveryRecord(unsigned int length)
+{
+    if (length == 0)
+        return false;
+    std::vector<std::string> probe = {std::string(length - 1, 'x')};
+    const std::unique_ptr<Content> chosen(Text::create(probe));
+    return chosen->text()->read2(RECORD_LENGTH_OFFSET) == length;
+}
+
 // The records a table's file stands for, a line each; a line the game would
 // read otherwise than it stands is refused where it stands.
 std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path)
@@ -188,14 +201,19 @@ std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
     if (!manifest.contains(key::RECORD_LENGTH))
         return created(place, [&] { return Text::create(records); });
     const unsigned int length = number(manifest, key::RECORD_LENGTH, LARGEST_FIELD, place.manifest);
+    const bool ended = endsEveryRecord(length);
+    const std::size_t fits = ended ? length - 1 : length;
     for (std::size_t line = 0; line < records.size(); ++line) {
-        if (records[line].size() <= length)
+        if (records[line].size() <= fits)
             continue;
         if (place.rules.grow)
             return created(place, [&] { return Text::create(records); });
+        const std::string limit = ended ? "the " + std::to_string(fits) + " that the table's records of " +
+                                              std::to_string(length) + " hold before the zero that ends them"
+                                        : "the table's records of " + std::to_string(length);
         throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
-                                 std::to_string(records[line].size()) + " bytes, more than the table's records of " +
-                                 std::to_string(length) + " (--grow lets records grow)");
+                                 std::to_string(records[line].size()) + " bytes, more than " + limit +
+                                 " (--grow lets records grow)");
     }
     return created(place, [&] { return tableOfLength(records, length); });
 }
