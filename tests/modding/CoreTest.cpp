@@ -188,7 +188,12 @@ TEST(EntryView, ShapesNameKindAndAGraphicsFramesAndSize)
     std::unique_ptr<Content> text(table({"a"}));
     EXPECT_EQ(shapeOf(three.get()), "graphic (3 frames of 2x3)");
     EXPECT_EQ(shapeOf(one.get()), "graphic (1 frame of 2x3)");
-    EXPECT_EQ(shapeOf(text.get()), "text");
+    std::unique_ptr<Content> longer(table({"a", std::string(150, 'b')}));
+    std::unique_ptr<Content> odd(entryOf(le16(1) + le16(3) + "abc"));
+    EXPECT_EQ(shapeOf(text.get()), "text (1 record of 100 bytes)");
+    EXPECT_EQ(shapeOf(longer.get()), "text (2 records of 200 bytes)");
+    EXPECT_EQ(shapeOf(odd.get()), "text (1 record of 3 bytes)");
+    EXPECT_EQ(shapeOf(entryOf("abc").get()), "unknown");
     EXPECT_EQ(shapeChange("text", "text"), "");
     EXPECT_EQ(shapeChange(shapeOf(one.get()), shapeOf(three.get())),
               "was graphic (1 frame of 2x3), becomes graphic (3 frames of 2x3)");
@@ -331,10 +336,10 @@ TEST(Store, AChangeOfShapeIsSaidOrWithStrictRefusedBeforeTheArchiveChanges)
     EXPECT_EQ(thrownBy([&] {
                   storeEntry(archive, "T.LBX", 0, entryOf("abc"), true, heard);
               }),
-              "T.LBX[0] was text, becomes unknown; --strict leaves the archive as it is");
+              "T.LBX[0] was text (1 record of 100 bytes), becomes unknown; --strict leaves the archive as it is");
     EXPECT_EQ(archive[0]->typeStr(), "text");
     storeEntry(archive, "T.LBX", 0, entryOf("abc"), false, heard);
-    EXPECT_EQ(heard.said, (std::vector<std::string>{"T.LBX[0] was text, becomes unknown"}));
+    EXPECT_EQ(heard.said, (std::vector<std::string>{"T.LBX[0] was text (1 record of 100 bytes), becomes unknown"}));
     storeEntry(archive, "T.LBX", 1, std::unique_ptr<Content>(table({"b"})), true, heard);
     EXPECT_EQ(archive.size(), 2u) << "the entry count appends";
     EXPECT_EQ(heard.said.size(), 1u);

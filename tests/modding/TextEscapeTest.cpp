@@ -47,11 +47,45 @@ TEST(TextEscape, RefusesAnythingButItsOwnFormsAndSaysWhere)
         {"ab\\x4", "\\x needs 2 hex digits at column 3"},
         {"\\xG1", "\\x needs 2 hex digits at column 1"},
         {"\\x", "\\x needs 2 hex digits at column 1"},
-        {"a\tb", "byte 9 must be escaped at column 2"},
-        {"\xC3\xA9", "byte 195 must be escaped at column 1"},
+        {"a\tb", "byte 9 must be escaped at column 2: write it \\t"},
+        {"\xC3\xA9", "byte 195 must be escaped at column 1: write it \\xC3"},
+        {"V\xE9ga", "byte 233 must be escaped at column 2: write it \\xE9"},
         {"x\\\x01", "a backslash before byte 1 at column 2"},
-        {"ok\r", "byte 13 must be escaped at column 3"},
+        {"ok\r", "byte 13 must be escaped at column 3: write it \\r"},
+        {std::string("a\0", 2), "byte 0 must be escaped at column 2: write it \\x00"},
     };
     for (const auto& c : cases)
         EXPECT_EQ(fixtures::thrownBy([&] { unescapeText(c.line); }), c.message) << c.line;
+}
+
+// Where the escape of a record's byte stands in the line the user wrote,
+// whatever forms the user chose for the bytes before it.
+TEST(TextEscape, TheColumnOfARecordsByteInItsLine)
+{
+    const struct {
+        std::string line;
+        std::size_t byte, column;
+    } cases[] = {
+        {"abc", 0, 1},          {"abc", 2, 3},          {"\\x41b\\x00", 2, 6}, {"\\n\\\\\\x00", 2, 5},
+        {"a\\X", 1, 2},         {"\\x4", 1, 4},         {"", 0, 1},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(lbxtool::lineColumn(c.line, c.byte), c.column) << c.line << " byte " << c.byte;
+}
+
+TEST(TextEscape, LinesAreTakenAsEditorsMeanThem)
+{
+    const struct {
+        std::string text;
+        std::vector<std::string> lines;
+    } cases[] = {
+        {"a\nb\n\n", {"a", "b", ""}},          // the last line break begins no line, a blank line is one
+        {"a\r\nb\r\n", {"a", "b"}},            // CRLF
+        {"\xEF\xBB\xBF" "a\r\nb", {"a", "b"}}, // a byte-order mark first
+        {"a\xEF\xBB\xBF\n", {"a\xEF\xBB\xBF"}}, // anywhere else it is the line's
+        {"\xEF\xBB\xBF", {}},
+        {"\n", {""}},
+    };
+    for (const auto& c : cases)
+        EXPECT_EQ(lbxtool::textLines(c.text), c.lines) << c.text;
 }

@@ -212,7 +212,10 @@ TEST_F(Modding, AnEditChangesItsEntryAndNothingElse)
     for (const char* name : {"INBOX.LBX", "STARNAME.LBX", "SPHERSFX.LBX"})
         ASSERT_EQ(unpack(sample(name)).status, 0);
     const std::string mod = dir.path("mod");
-    const std::string wave = readFile(dir.path("mod/SPHERSFX/SPHERSFX_000.wav")).substr(0, 100);
+    // The sound cut to its first 56 samples, its lengths told so.
+    std::string wave = readFile(dir.path("mod/SPHERSFX/SPHERSFX_000.wav")).substr(0, 100);
+    wave.replace(4, 4, le32(92));
+    wave.replace(40, 4, le32(56));
     const struct {
         std::string stem;
         unsigned int entry;
@@ -229,9 +232,14 @@ TEST_F(Modding, AnEditChangesItsEntryAndNothingElse)
              entry->graphic()->setPalette(nullptr);
          }},
         {"STARNAME", 0,
-         [&] { std::ofstream(mod + "/STARNAME/STARNAME_000.txt") << "Sol\nV\\xE9ga\\nnorth\nRigel\n"; },
+         [&] {
+             const std::string names = mod + "/STARNAME/STARNAME_000.txt";
+             std::string lines = readFile(names);
+             lines.replace(lines.find("Vega"), 4, "V\\xE9ga\\nnorth");
+             std::ofstream(names) << lines;
+         },
          [](Content* entry) {
-             ASSERT_EQ(entry->text()->size(), 3u);
+             ASSERT_EQ(entry->text()->size(), 8u);
              EXPECT_EQ(entry->text()->get(1), "V\xE9ga\nnorth");
          }},
         {"SPHERSFX", 0, [&] { std::ofstream(mod + "/SPHERSFX/SPHERSFX_000.wav", std::ios::binary) << wave; },

@@ -132,7 +132,7 @@ TEST_F(WriteRules, AChangeOfKindOrShapeIsWarnedAboutAndStrictRefusesIt)
     EXPECT_EQ(same.err, "");
 
     const std::string strictly = "; --strict leaves the archive as it is";
-    expectRefused({"replace", "--strict", inbox, "1", text}, inbox + "[1] was cursor, becomes text" + strictly);
+    expectRefused({"replace", "--strict", inbox, "1", text}, inbox + "[1] was cursor, becomes text (1 record of 3 bytes)" + strictly);
     expectRefused({"import", "--strict", inbox, "-i", "0", png, png},
                   inbox + "[0] was graphic (1 frame of 64x40), becomes graphic (2 frames of 64x40)" + strictly);
     EXPECT_EQ(lbx({"import", "--strict", inbox, "-i", "0", png}).status, 0);

@@ -1,5 +1,6 @@
 #include "tools/cli/Command.h"
 
+#include "tools/modding/EntryFiles.h"
 #include "tools/modding/Files.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Store.h"
@@ -7,6 +8,9 @@
 #include "tools/platform/Report.h"
 
 #include <filesystem>
+#include <stdexcept>
+
+namespace fs = std::filesystem;
 
 namespace lbxtool {
 
@@ -95,15 +99,49 @@ int forEachPath(const std::vector<std::string>& paths, const std::function<void(
 }
 
 void storeIntoArchive(const SafeWriter& writer, const std::string& path, unsigned int index,
-                      std::unique_ptr<Content> entry, bool strict, const std::function<void(File& archive)>& check)
+                      const std::function<std::unique_ptr<Content>()>& made, bool strict,
+                      const std::function<void(File& archive)>& check)
 {
     writer.check(path, Existing::Replace);
     std::unique_ptr<File> archive = openArchive(path);
+    if (index > archive->size())
+        throw noEntry(path, index, archive->size(), true);
     TerminalWarnings warnings;
-    storeEntry(*archive, path, index, std::move(entry), strict, warnings);
+    storeEntry(*archive, path, index, made(), strict, warnings);
     if (check)
         check(*archive);
     writer.writeArchive(path, *archive, Existing::Replace);
+}
+
+void requireEntryFile(const std::string& path, Content& file, bool raw, const std::string& pictureInstead)
+{
+    const std::string named = "'" + path + "' ";
+    const FileKind kind = fileKind(file.data(), file.size());
+    if (kind == FileKind::ARCHIVE)
+        throw std::runtime_error(named + "is an LBX archive, which is never an entry; lbx extract '" + path +
+                                 "' gives its entries as files");
+    if (raw)
+        return;
+    const std::string orRaw = " (--raw stores the file as it is)";
+    const std::string notEntry = named + "is " + fileKindName(kind) + ", not an entry";
+    const std::string unpacked = "; it goes back with the folder that unpack wrote it into, by lbx pack FOLDER";
+    switch (kind) {
+    case FileKind::PNG: throw std::runtime_error(notEntry + "; " + pictureInstead + orRaw);
+    case FileKind::MANIFEST: {
+        const std::string folder = fs::path(path).parent_path().string();
+        throw std::runtime_error(notEntry + "; lbx pack '" + (folder.empty() ? "." : folder) +
+                                 "' makes the archive of its folder" + orRaw);
+    }
+    case FileKind::PALETTE:
+    case FileKind::TEXT: throw std::runtime_error(notEntry + unpacked + orRaw);
+    case FileKind::JSON: throw std::runtime_error(notEntry + orRaw);
+    default: break;
+    }
+    if (!claimsSound(path, file.data(), file.size()))
+        return;
+    const std::string problem = soundProblem(file.data(), file.size());
+    if (!problem.empty())
+        throw std::runtime_error(named + problem + "; save it as a plain WAVE file" + orRaw);
 }
 
 } // namespace lbxtool

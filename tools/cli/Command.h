@@ -53,14 +53,22 @@ void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<
 // path is taken. Returns the exit status: 1 if any path failed.
 int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action);
 
-// Puts `entry` into the archive at `path` in place of entry `index`, or
+// Puts the entry that `made` makes, once the archive has opened and `index`
+// is known to fit, into the archive at `path` in place of entry `index`, or
 // behind the others when `index` is the entry count, and rewrites the
 // archive in place through `writer`. With `strict` an entry of another shape
 // is refused before anything is written; so is whatever `check` refuses,
 // shown the archive with the entry in place.
 void storeIntoArchive(const SafeWriter& writer, const std::string& path, unsigned int index,
-                      std::unique_ptr<Content> entry, bool strict,
+                      const std::function<std::unique_ptr<Content>()>& made, bool strict,
                       const std::function<void(File& archive)>& check = nullptr);
+
+// Throws unless `file`, read from `path`, may become an entry: a file that
+// is plainly something else (a picture, an archive, a manifest, a palette or
+// a text table's lines) or a sound the game would not play is refused with
+// what to use instead, `pictureInstead` for a PNG. With `raw` the bytes are
+// meant as they are, and only an archive is refused: archives do not nest.
+void requireEntryFile(const std::string& path, Content& file, bool raw, const std::string& pictureInstead);
 
 } // namespace lbxtool
 

@@ -6,7 +6,12 @@
 #include "tools/platform/Inputs.h"
 #include "tools/platform/Report.h"
 
+#include <filesystem>
 #include <iostream>
+#include <memory>
+#include <vector>
+
+namespace fs = std::filesystem;
 
 namespace lbxtool {
 
@@ -16,6 +21,7 @@ struct CreateOptions {
     std::string target;
     std::vector<std::string> files;
     bool force = false;
+    bool raw = false; // the files' bytes are meant as they are, whatever they look like
 };
 
 int create(const CreateOptions& options)
@@ -24,11 +30,21 @@ int create(const CreateOptions& options)
     SafeWriter writer;
     writer.protect(options.files);
     writer.check(options.target, existing);
-    File archive;
+    // Every file read before any is judged: one that cannot be read is the
+    // first thing to put right.
+    std::vector<std::unique_ptr<Content>> entries;
     for (const std::string& file : options.files)
-        withSystemReason(file, [&] { archive.push_back(file); });
+        entries.push_back(readEntryFile(file));
+    File archive;
+    for (std::size_t i = 0; i < entries.size(); ++i) {
+        const std::string& file = options.files[i];
+        const std::string graphic = fs::path(file).replace_extension(".graphic").string();
+        requireEntryFile(file, *entries[i], options.raw,
+                         "lbx import '" + graphic + "' '" + file + "' makes a graphic entry of it to create with");
+        archive.push_back(entries[i].release());
+    }
     writer.writeArchive(options.target, archive, existing);
-    std::cout << "created " << options.target << " with " << entries(archive.size()) << "\n";
+    std::cout << "created " << options.target << " with " << lbxtool::entries(archive.size()) << "\n";
     return EXIT_DONE;
 }
 
@@ -41,7 +57,10 @@ void addCreate(CLI::App& app, int& status)
     command->add_option("OUT", options->target, "Archive to write")->required();
     command->add_option("FILE", options->files, "Entries, in order")->required();
     command->add_flag("--force", options->force, "Replace OUT if it exists");
-    examples(*command, "  lbx create copy.lbx parts/FONTS_001.cursor parts/FONTS_002.cursor");
+    command->add_flag("--raw", options->raw,
+                      "Store each FILE as it is, even when it is a picture, a manifest, text or no sound the game plays");
+    examples(*command, "  lbx create copy.lbx parts/FONTS_001.cursor parts/FONTS_002.cursor\n"
+                       "  lbx create --raw notes.lbx readme.txt");
     define(*command, status, [options] { return create(*options); });
 }
 

@@ -74,14 +74,15 @@ int importGraphic(const ImportOptions& options)
     const bool byIndices = takenByIndices(frames, palette.get());
 
     if (options.index) {
-        storeIntoArchive(writer, options.target, *options.index, std::move(entry), options.strict,
-                         [&](File& archive) {
-                             if (!byIndices)
-                                 return;
-                             PaletteSource source(archive, {}, files, warnings);
-                             const PaletteArray shown = source.forGraphic(*options.index);
-                             sayColours(frames, options.images, shown.get(), options.strict, warnings);
-                         });
+        storeIntoArchive(
+            writer, options.target, *options.index, [&entry] { return std::move(entry); }, options.strict,
+            [&](File& archive) {
+                if (!byIndices)
+                    return;
+                PaletteSource source(archive, {}, files, warnings);
+                const PaletteArray shown = source.forGraphic(*options.index);
+                sayColours(frames, options.images, shown.get(), options.strict, warnings);
+            });
         std::cout << "stored " << lbxtool::frames(frames.size()) << " as " << entryName(options.target, *options.index) << '\n';
     } else {
         if (byIndices)

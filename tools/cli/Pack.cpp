@@ -139,9 +139,13 @@ void addPack(CLI::App& app, int& status)
     command->add_flag("--strict", options->rules.strict,
                       "Refuse, instead of warning, a frame with pixels opaque at the entry's transparent index or "
                       "partly transparent");
+    command->add_flag("--grow", options->rules.grow,
+                      "Let a text record grow past its table's record length (the length is then chosen anew)");
+    command->add_flag("--records", options->rules.records,
+                      "Let a text table gain or lose records, a line a record");
     jobsOption(*command, options->jobs);
     examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force\n"
-                       "  lbx pack mod/INBOX --strict");
+                       "  lbx pack mod/STARNAME --records --grow");
     define(*command, status, [options] { return pack(*options); });
 }
 

@@ -17,13 +17,21 @@ struct ReplaceOptions {
     unsigned int index = 0;
     std::string file;
     bool strict = false; // refuse an entry of another shape instead of warning
+    bool raw = false;    // the file's bytes are meant as they are, whatever they look like
 };
 
 int replace(const ReplaceOptions& options)
 {
     SafeWriter writer;
     writer.protect({options.file});
-    storeIntoArchive(writer, options.archive, options.index, readEntryFile(options.file), options.strict);
+    const auto entry = [&options] {
+        std::unique_ptr<Content> file = readEntryFile(options.file);
+        requireEntryFile(options.file, *file, options.raw,
+                         "lbx import '" + options.archive + "' '" + options.file + "' -i " +
+                             std::to_string(options.index) + " makes a graphic of it");
+        return file;
+    };
+    storeIntoArchive(writer, options.archive, options.index, entry, options.strict);
     std::cout << "stored " << options.file << " as " << entryName(options.archive, options.index) << '\n';
     return EXIT_DONE;
 }
@@ -39,9 +47,12 @@ void addReplace(CLI::App& app, int& status)
     command->add_option("INDEX", options->index, "Entry to replace")->required();
     command->add_option("FILE", options->file, "The new entry")->required();
     command->add_flag("--strict", options->strict,
-                      "Refuse, instead of warning, when the new entry is of another kind, size or frame count");
+                      "Refuse, instead of warning, when the new entry is of another kind or shape");
+    command->add_flag("--raw", options->raw,
+                      "Store FILE as it is, even when it is a picture, a manifest, text or no sound the game plays");
     examples(*command, "  lbx replace demo/INBOX.LBX 1 ball.graphic\n"
-                       "  lbx replace --strict demo/STARNAME.LBX 0 names.text");
+                       "  lbx replace --strict demo/STARNAME.LBX 0 names.text\n"
+                       "  lbx replace --raw demo/INBOX.LBX 2 notes.txt");
     define(*command, status, [options] { return replace(*options); });
 }
 

@@ -4,14 +4,22 @@
 #include "images/Font.h"
 #include "images/Graphic.h"
 #include "kinds/Text.h"
+#include "tools/modding/EntryFiles.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Shapes.h"
 
 #include <algorithm>
+#include <optional>
 
 namespace lbxtool {
 
 namespace {
+
+// "1 frame", "8 frames".
+std::string counted(unsigned int count, const std::string& thing)
+{
+    return std::to_string(count) + " " + thing + (count == 1 ? "" : "s");
+}
 
 // The colours of a graphic's own block, as they stand in its palette.
 Swatch block(Content::Graphic* graphic, const unsigned char* palette)
@@ -99,11 +107,25 @@ EntryView viewOf(File& archive, const std::string& path, unsigned int index, con
 
 std::string shapeOf(Content* entry)
 {
-    if (entry->type() != Content::GRAPHIC)
-        return entry->typeStr();
-    Content::Graphic* graphic = entry->graphic();
-    return "graphic (" + std::to_string(graphic->frames()) + (graphic->frames() == 1 ? " frame of " : " frames of ") +
-           std::to_string(graphic->width()) + "x" + std::to_string(graphic->height()) + ")";
+    switch (entry->type()) {
+    case Content::GRAPHIC: {
+        Content::Graphic* graphic = entry->graphic();
+        return "graphic (" + counted(graphic->frames(), "frame") + " of " + std::to_string(graphic->width()) + "x" +
+               std::to_string(graphic->height()) + ")";
+    }
+    case Content::TEXT: {
+        // The game finds a record by its number and its length: both are
+        // the table's shape.
+        Content::Text* table = entry->text();
+        return "text (" + counted(table->size(), "record") + " of " + std::to_string(table->read2(RECORD_LENGTH_OFFSET)) +
+               " bytes)";
+    }
+    case Content::SOUND: {
+        const std::optional<WaveFormat> format = waveFormat(entry->data(), entry->size());
+        return format ? "sound (" + formatName(*format) + ")" : "sound";
+    }
+    default: return entry->typeStr();
+    }
 }
 
 std::string shapeChange(const std::string& was, const std::string& becomes)

@@ -52,13 +52,15 @@ EntryView headingOf(const EntryView& view);
 // shows in `shown`, the palette it is drawn in (none: no swatch).
 EntryView viewOf(File& archive, const std::string& path, unsigned int index, const unsigned char* shown);
 
-// What an entry is, with a graphic's frame count and size:
-// "graphic (8 frames of 48x32)", "text".
+// What an entry is, with what the game relies on beside its kind: a
+// graphic's frame count and size, a text table's record count and length, a
+// sound's format: "graphic (8 frames of 48x32)", "text (3 records of 100
+// bytes)", "sound (22050 Hz, 8-bit, mono)", "unknown".
 std::string shapeOf(Content* entry);
 
 // How an entry changes in a way its user may not mean: another kind (text
-// becoming unknown, a cursor becoming a graphic), or a graphic of another
-// size or frame count. Empty when both have one shape.
+// becoming unknown, a cursor becoming a graphic), or an entry of one kind
+// and another shape. Empty when both have one shape.
 std::string shapeChange(const std::string& was, const std::string& becomes);
 
 } // namespace lbxtool

@@ -4,7 +4,9 @@
 #include "entry/Write.h"
 #include "images/Font.h"
 #include "kinds/Text.h"
+#include "tools/modding/EntryFiles.h"
 #include "tools/modding/FormKinds.h"
+#include "tools/modding/Hash.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Png.h"
 #include "tools/modding/Shapes.h"
@@ -33,9 +35,6 @@ namespace {
 using Text = Content::Text;
 using Font = Content::Font;
 
-// A table's second 16-bit field is the length of its records; the library
-// reads it but hands out only the strings.
-constexpr unsigned int RECORD_LENGTH_OFFSET = 2;
 constexpr unsigned int LARGEST_FIELD = std::numeric_limits<unsigned short>::max();
 constexpr unsigned int LARGEST_WIDTH = std::numeric_limits<unsigned char>::max();
 
@@ -61,13 +60,55 @@ EntryForm bytes(Content* entry, const UnpackPlace& place, const std::string& why
     return form;
 }
 
+// Whether `data` is the file `name` as unpack wrote it: whatever it holds,
+// it is then the entry's own bytes.
+bool asUnpacked(const Json& manifest, const std::string& name, const std::string& data)
+{
+    const auto files = manifest.find(key::FILES);
+    if (files == manifest.end() || !files->is_object())
+        return false;
+    const auto hash = files->find(name);
+    return hash != files->end() && hash->is_string() && hash->get<std::string>() == hashOf(data);
+}
+
+std::unique_ptr<Content> entryOfBytes(const std::string& data, const std::string& path)
+{
+    char* block = new char[data.size()];
+    std::memcpy(block, data.data(), data.size());
+    return std::make_unique<Content>(path, block, static_cast<unsigned int>(data.size()));
+}
+
+std::unique_ptr<Content> soundFrom(const Json& manifest, const PackPlace& place)
+{
+    const std::string name = fileName(manifest, key::FILE, place.manifest);
+    const std::string data = place.read(name);
+    const std::string path = place.pathOf(name);
+    const std::string problem = asUnpacked(manifest, name, data) ? "" : soundProblem(data.data(), data.size());
+    if (!problem.empty())
+        throw std::runtime_error("'" + path + "' " + problem + "; save it as a plain WAVE file");
+    return entryOfBytes(data, path);
+}
+
+// A .bin holds an entry's bytes whatever they are; a file that is plainly
+// something else is a mistake that would be stored without a word.
 std::unique_ptr<Content> bytesFrom(const Json& manifest, const PackPlace& place)
 {
     const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string data = place.read(name);
-    char* block = new char[data.size()];
-    std::memcpy(block, data.data(), data.size());
-    return std::make_unique<Content>(place.pathOf(name), block, static_cast<unsigned int>(data.size()));
+    const std::string path = place.pathOf(name);
+    const FileKind is = asUnpacked(manifest, name, data) ? FileKind::ENTRY : fileKind(data.data(), data.size());
+    const std::string putBack = "; put back the file that unpack wrote";
+    switch (is) {
+    case FileKind::ENTRY:
+    case FileKind::TEXT: // an entry of the game may well be text
+        return entryOfBytes(data, path);
+    case FileKind::ARCHIVE:
+        throw std::runtime_error("'" + path + "' is an LBX archive, which is never an entry" + putBack);
+    case FileKind::PNG:
+        throw std::runtime_error("'" + path + "' is a PNG image, not an entry's bytes" + putBack +
+                                 " (lbx import makes pictures a graphic)");
+    default: throw std::runtime_error("'" + path + "' is " + fileKindName(is) + ", not an entry's bytes" + putBack);
+    }
 }
 
 std::vector<std::string> recordsOf(Text* table)
@@ -85,13 +126,12 @@ EntryForm text(Content* entry, const UnpackPlace& place)
     const std::string name = textFileName(place.stem, place.index);
     form.manifest[key::KIND] = kind::TEXT;
     form.manifest[key::FILE] = name;
+    // The game finds a record by its number, at its length: pack holds an
+    // edited file to both unless told otherwise.
+    form.manifest[key::RECORDS] = records.size();
+    form.manifest[key::RECORD_LENGTH] = entry->text()->read2(RECORD_LENGTH_OFFSET);
+    form.manifest[key::RECORD_HASHES] = hashesOf(records);
     form.files[name] = escapedLines(records);
-    // Only a length the library's rule would not choose needs saying; any
-    // other lets the strings grow.
-    const unsigned int length = entry->text()->read2(RECORD_LENGTH_OFFSET);
-    const std::unique_ptr<Content> chosen(Text::create(records));
-    if (chosen->text()->read2(RECORD_LENGTH_OFFSET) != length)
-        form.manifest[key::RECORD_LENGTH] = length;
     return form;
 }
 
@@ -102,36 +142,80 @@ Content* tableOfLength(const std::vector<std::string>& records, unsigned int len
     Content::Write write;
     write.add2("nr", static_cast<unsigned short>(records.size()));
     write.add2("textsize", static_cast<unsigned short>(length));
-    for (const std::string& record : records)
-        for (unsigned int position = 0; position < length; ++position)
-            write.add1(position < record.size() ? "text" : "text fill",
-                       position < record.size() ? static_cast<unsigned char>(record[position]) : 0);
+    std::vector<char> block(records.size() * length, '\0');
+    for (std::size_t i = 0; i < records.size(); ++i)
+        std::copy(records[i].begin(), records[i].end(), block.begin() + static_cast<std::ptrdiff_t>(i * length));
+    write.add(block.data(), static_cast<unsigned int>(block.size()));
     return Content::AbstractContent::genContent(write, Content::TEXT);
+}
+
+// Whether a table of records of `length` keeps a zero behind every string:
+// it does at the lengths the library chooses for strings shorter than them,
+// and the library's own check of the table expects it there. At any other
+// length the longest string may fill its record.
+bool endsEveryRecord(unsigned int length)
+{
+    if (length == 0)
+        return false;
+    std::vector<std::string> probe = {std::string(length - 1, 'x')};
+    const std::unique_ptr<Content> chosen(Text::create(probe));
+    return chosen->text()->read2(RECORD_LENGTH_OFFSET) == length;
+}
+
+// The records a table's file stands for, a line each; a line the game would
+// read otherwise than it stands is refused where it stands.
+std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path)
+{
+    std::vector<std::string> records;
+    for (const std::string& line : textLines(text)) {
+        const std::string where = "'" + path + "' line " + std::to_string(records.size() + 1) + ": ";
+        try {
+            records.push_back(unescapeText(line));
+        } catch (const std::runtime_error& e) {
+            throw std::runtime_error(where + e.what());
+        }
+        const std::size_t zero = records.back().find('\0');
+        if (zero != std::string::npos)
+            throw std::runtime_error(where + "\\x00 at column " + std::to_string(lineColumn(line, zero)) +
+                                     " would end the record there, as the game reads up to a zero byte; take it out");
+    }
+    return records;
 }
 
 std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
 {
     const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string path = place.pathOf(name);
-    std::vector<std::string> records;
-    for (const std::string& line : textLines(place.read(name))) {
-        try {
-            records.push_back(unescapeText(line));
-        } catch (const std::runtime_error& e) {
-            throw std::runtime_error("'" + path + "' line " + std::to_string(records.size() + 1) + ": " + e.what());
-        }
-    }
+    std::vector<std::string> records = recordsOfFile(place.read(name), path);
     if (records.size() > LARGEST_FIELD)
         throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) +
                                  " lines; a table holds at most 65535");
+    // A manifest of before records and lengths were written keeps the
+    // library's choice of length, as it always had.
+    if (manifest.contains(key::RECORDS) && !place.rules.records) {
+        const unsigned int count = number(manifest, key::RECORDS, LARGEST_FIELD, place.manifest);
+        if (records.size() != count)
+            throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) + " lines and the table " +
+                                     std::to_string(count) + " records; a line is a record (--records lets the "
+                                     "count change)");
+    }
     if (!manifest.contains(key::RECORD_LENGTH))
         return created(place, [&] { return Text::create(records); });
     const unsigned int length = number(manifest, key::RECORD_LENGTH, LARGEST_FIELD, place.manifest);
-    for (std::size_t line = 0; line < records.size(); ++line)
-        if (records[line].size() > length)
-            throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
-                                     std::to_string(records[line].size()) + " bytes, more than the table's records of " +
-                                     std::to_string(length) + " (recordLength in the manifest)");
+    const bool ended = endsEveryRecord(length);
+    const std::size_t fits = ended ? length - 1 : length;
+    for (std::size_t line = 0; line < records.size(); ++line) {
+        if (records[line].size() <= fits)
+            continue;
+        if (place.rules.grow)
+            return created(place, [&] { return Text::create(records); });
+        const std::string limit = ended ? "the " + std::to_string(fits) + " that the table's records of " +
+                                              std::to_string(length) + " hold before the zero that ends them"
+                                        : "the table's records of " + std::to_string(length);
+        throw std::runtime_error("'" + path + "' line " + std::to_string(line + 1) + " has " +
+                                 std::to_string(records[line].size()) + " bytes, more than " + limit +
+                                 " (--grow lets records grow)");
+    }
     return created(place, [&] { return tableOfLength(records, length); });
 }
 
@@ -179,7 +263,7 @@ const struct {
     std::unique_ptr<Content> (*make)(const Json& manifest, const PackPlace& place);
 } MAKERS[] = {
     {kind::GRAPHIC, graphicFrom}, {kind::CURSOR, cursorFrom}, {kind::TEXT, textFrom},
-    {kind::FONT, fontFrom},       {kind::SOUND, bytesFrom},    {kind::BYTES, bytesFrom},
+    {kind::FONT, fontFrom},       {kind::SOUND, soundFrom},    {kind::BYTES, bytesFrom},
 };
 
 EntryForm editable(Content* entry, const UnpackPlace& place)
@@ -195,6 +279,11 @@ EntryForm editable(Content* entry, const UnpackPlace& place)
 
 } // namespace
 } // namespace forms
+
+std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path)
+{
+    return forms::recordsOfFile(text, path);
+}
 
 namespace {
 
@@ -217,6 +306,8 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place)
     std::string why;
     try {
         EntryForm form = forms::editable(entry, place);
+        if (form.manifest[key::KIND] == kind::BYTES)
+            return form; // bytes come back as they are
         Refused refused;
         PackRules strict;
         strict.strict = true;

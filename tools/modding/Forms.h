@@ -63,6 +63,10 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place);
 // manifest field and the problem.
 std::unique_ptr<Content> entryFromForm(const Json& manifest, const PackPlace& place);
 
+// The records that a text table's file `text`, read from `path`, stands
+// for: a line each, unescaped; throws naming the line that is not one.
+std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path);
+
 // The files an entry's form consists of: those pack reads, and the views.
 std::vector<std::string> formFiles(const Json& manifest, const ManifestPlace& place);
 std::vector<std::string> viewFiles(const Json& manifest);

@@ -24,4 +24,21 @@ std::string hashOf(const std::string& bytes)
     return hex.str();
 }
 
+std::string hashesOf(const std::vector<std::string>& parts)
+{
+    std::string joined;
+    for (const std::string& part : parts)
+        joined += (joined.empty() ? "" : " ") + hashOf(part);
+    return joined;
+}
+
+std::vector<std::string> splitHashes(const std::string& joined)
+{
+    std::vector<std::string> hashes;
+    std::istringstream words(joined);
+    for (std::string hash; words >> hash;)
+        hashes.push_back(hash);
+    return hashes;
+}
+
 } // namespace lbxtool

@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_MODDING_HASH_H
 
 #include <string>
+#include <vector>
 
 namespace lbxtool {
 
@@ -9,6 +10,10 @@ namespace lbxtool {
 // tell an edited file or entry from the one that was written, not a guard
 // against anyone who wants a collision.
 std::string hashOf(const std::string& bytes);
+
+// The fingerprints of `parts`, joined by spaces, and split again.
+std::string hashesOf(const std::vector<std::string>& parts);
+std::vector<std::string> splitHashes(const std::string& joined);
 
 } // namespace lbxtool
 

@@ -50,7 +50,9 @@ constexpr const char* PALETTE_SIZE = "paletteSize";
 constexpr const char* BENEATH = "beneath";
 // The index a graphic's frames hold where nothing is painted, when one is.
 constexpr const char* TRANSPARENT_INDEX = "transparentIndex";
-// A text table's record length, a font's metrics.
+// A text table's record count and record length, a font's metrics.
+constexpr const char* RECORDS = "records";
+constexpr const char* RECORD_HASHES = "recordHashes"; // a fingerprint of each record, joined by spaces
 constexpr const char* RECORD_LENGTH = "recordLength";
 constexpr const char* HEIGHTS = "heights";
 constexpr const char* WIDTHS = "widths";

@@ -4,6 +4,7 @@
 #include "tools/modding/Hash.h"
 #include "tools/modding/Names.h"
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <stdexcept>
@@ -83,8 +84,9 @@ std::string numbered(const std::string& one, const std::string& many, const std:
 // read of them (`read`: each file's fingerprint): its frames by number, its
 // palette, its other file; its settings in the manifest when no file did.
 std::string changedParts(const Json& described, const std::map<std::string, std::string>& read,
-                         const ManifestPlace& where)
+                         const std::string& text, const PackPlace& place)
 {
+    const ManifestPlace& where = place.manifest;
     const Json none = Json::object();
     const Json& written = described.contains(key::FILES) && described[key::FILES].is_object() ? described[key::FILES] : none;
     const auto differs = [&](const std::string& name) {
@@ -103,13 +105,23 @@ std::string changedParts(const Json& described, const std::map<std::string, std:
     }
     if (described.contains(key::PALETTE) && differs(fileName(described, key::PALETTE, where)))
         parts.push_back("palette");
-    if (described.contains(key::FILE) && differs(fileName(described, key::FILE, where)))
-        parts.push_back("its file");
-    if (parts.empty())
+    if (described.contains(key::RECORD_HASHES) && differs(fileName(described, key::FILE, where))) {
+        const std::vector<std::string> before = splitHashes(described.value(key::RECORD_HASHES, ""));
+        const std::vector<std::string> records =
+            recordsOfFile(text, place.pathOf(fileName(described, key::FILE, where)));
+        std::vector<unsigned int> changed;
+        for (unsigned int r = 0; r < records.size(); ++r)
+            if (r >= before.size() || hashOf(records[r]) != before[r])
+                changed.push_back(r);
+        if (!changed.empty())
+            parts.push_back(numbered("record", "records", changed));
+    }
+    const bool filesAsWritten = std::none_of(read.begin(), read.end(), [&](const auto& file) { return differs(file.first); });
+    if (parts.empty() && filesAsWritten)
         parts.push_back("its settings in " + MANIFEST_NAME);
     std::string joined;
     for (const std::string& part : parts)
-        joined += (joined.empty() ? "" : ", ") + part;
+        joined += "; " + part;
     return joined;
 }
 
@@ -152,11 +164,17 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
     const Json& described = (*plan.entries)[index];
     PackedEntry packed;
     requireViewsAsWritten(described, place);
+    // What pack reads of each file, to say which changed; a table's text is
+    // kept to say which records.
     std::map<std::string, std::string> read;
+    std::string text;
+    const std::string textFile = described.contains(key::RECORD_HASHES) ? described.value(key::FILE, "") : "";
     const PackPlace reading{place.manifest,
                             [&](const std::string& name) {
                                 std::string bytes = place.read(name);
                                 read[name] = hashOf(bytes);
+                                if (name == textFile)
+                                    text = bytes;
                                 return bytes;
                             },
                             place.folder, place.rules, place.warnings};
@@ -167,8 +185,8 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
         described.value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {
         const std::string becomes = shapeOf(entry);
         const std::string change = shapeChange(described.value(key::SHAPE, ""), becomes);
-        packed.change = entryName(target, index) + ": " + (change.empty() ? becomes : change) + "; " +
-                        changedParts(described, read, place.manifest);
+        packed.change = entryName(target, index) + ": " + (change.empty() ? becomes : change) +
+                        changedParts(described, read, text, place);
     }
     return packed;
 }

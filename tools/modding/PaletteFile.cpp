@@ -34,6 +34,12 @@ std::string paletteFile(const unsigned char* palette, unsigned int first, unsign
     return text;
 }
 
+bool isPaletteFile(const char* data, std::size_t size)
+{
+    return size > MAGIC.size() && MAGIC.compare(0, MAGIC.size(), data, MAGIC.size()) == 0 &&
+           (data[MAGIC.size()] == '\n' || data[MAGIC.size()] == '\r');
+}
+
 std::vector<unsigned char> readPaletteFile(const std::string& text, const std::string& name)
 {
     const std::vector<std::string> lines = textLines(text);

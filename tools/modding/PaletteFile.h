@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TOOLS_MODDING_PALETTEFILE_H
 #define ZORV2_LBX_TOOLS_MODDING_PALETTEFILE_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,9 @@ std::string paletteFile(const unsigned char* palette, unsigned int first, unsign
 // The colours of such a file, four bytes each (alpha 255); `name` is the
 // file, for messages that also give the line.
 std::vector<unsigned char> readPaletteFile(const std::string& text, const std::string& name);
+
+// Whether `data` begins as such a file: the word on its own first line.
+bool isPaletteFile(const char* data, std::size_t size);
 
 } // namespace lbxtool
 

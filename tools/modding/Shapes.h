@@ -27,6 +27,9 @@ constexpr unsigned int CURSOR_FRAMES = 20;
 constexpr unsigned int CURSOR_SIDE = 24;
 constexpr unsigned int FONTS_PER_ENTRY = 6;
 constexpr unsigned int GLYPHS_PER_FONT = 256;
+// A text table's second 16-bit field is the length of its records; the
+// library reads it but hands out only the strings.
+constexpr unsigned int RECORD_LENGTH_OFFSET = 2;
 // A graphic's sides and frame count are 16-bit fields.
 constexpr unsigned int LARGEST_SIDE = std::numeric_limits<unsigned short>::max();
 

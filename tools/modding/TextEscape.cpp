@@ -1,5 +1,6 @@
 #include "tools/modding/TextEscape.h"
 
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 
@@ -72,7 +73,8 @@ std::string unescapeText(const std::string& line)
         const unsigned char byte = static_cast<unsigned char>(line[i]);
         if (line[i] != ESCAPE) {
             if (byte < FIRST_PRINTABLE || byte > LAST_PRINTABLE)
-                throw broken("byte " + std::to_string(byte) + " must be escaped", i);
+                throw std::runtime_error(broken("byte " + std::to_string(byte) + " must be escaped", i).what() +
+                                         std::string(": write it ") + escapeText(std::string(1, line[i])));
             record += line[i];
             continue;
         }
@@ -113,10 +115,26 @@ std::string escapedLines(const std::vector<std::string>& records)
     return lines;
 }
 
+std::size_t lineColumn(const std::string& line, std::size_t byte)
+{
+    std::size_t i = 0;
+    for (std::size_t made = 0; made < byte && i < line.size(); ++made) {
+        if (line[i] != ESCAPE)
+            i += 1;
+        else if (i + 1 < line.size() && line[i + 1] == 'x')
+            i += 2 + HEX_DIGITS;
+        else
+            i += 2;
+    }
+    return std::min(i, line.size()) + 1;
+}
+
 std::vector<std::string> textLines(const std::string& text)
 {
     std::vector<std::string> lines;
-    std::istringstream in(text);
+    const std::string byteOrderMark = "\xEF\xBB\xBF";
+    std::istringstream in(text.compare(0, byteOrderMark.size(), byteOrderMark) == 0 ? text.substr(byteOrderMark.size())
+                                                                                    : text);
     for (std::string line; std::getline(in, line);) {
         if (!line.empty() && line.back() == '\r')
             line.pop_back();

@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TOOLS_MODDING_TEXTESCAPE_H
 #define ZORV2_LBX_TOOLS_MODDING_TEXTESCAPE_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -21,11 +22,17 @@ int hexValue(char digit);
 // the column (counted from 1) where it starts.
 std::string unescapeText(const std::string& line);
 
+// The column (counted from 1) of `line` where the escape of the record's
+// byte number `byte` (counted from 0) begins.
+std::size_t lineColumn(const std::string& line, std::size_t byte);
+
 // Records as a text file: each escaped, each ended by a line feed.
 std::string escapedLines(const std::vector<std::string>& records);
 
-// The lines of a text file, without their line feeds, and without the
-// carriage return that editors on some systems write before one.
+// The lines of a text file, without their line feeds, and without what
+// editors add that is no part of a line: the carriage return some write
+// before a line feed, and a UTF-8 byte-order mark before the first line. A
+// final line feed ends the last line and begins none.
 std::vector<std::string> textLines(const std::string& text);
 
 } // namespace lbxtool
