@@ -6,7 +6,6 @@
 #include "tests/tool/ToolRun.h"
 #include "tools/modding/Manifest.h"
 
-#include <sstream>
 
 using namespace fixtures;
 using namespace toolrun;

@@ -167,7 +167,7 @@ TEST_F(WriteRules, AFailedWriteLeavesTheOriginalByteForByteAndNoTemporaryFile)
     const auto before2 = snapshot(dir.path("sample"));
     const Outcome cut = run("ulimit -f 32; exec " + quote(LBX_TOOL), {"replace", inbox, "2", big});
     EXPECT_EQ(cut.status, 1);
-    EXPECT_EQ(cut.err, "lbx: could not write to '" + inbox + "' (the archive did not reach the disk whole)\n");
+    EXPECT_EQ(cut.err, "lbx: could not write to '" + inbox + "' (File too large)\n");
     EXPECT_EQ(snapshot(dir.path("sample")), before2);
 
     const std::string frames = dir.path("frames.graphic");
@@ -179,4 +179,34 @@ TEST_F(WriteRules, AFailedWriteLeavesTheOriginalByteForByteAndNoTemporaryFile)
     EXPECT_EQ(full.err, "lbx: could not write to '" + frames + "' (File too large)\n");
     EXPECT_FALSE(fs::exists(frames));
     EXPECT_FALSE(fs::exists(frames + ".lbx-part"));
+}
+
+// A disk of 64 KiB, where the system lets the test make one: every command
+// that writes gives the system's reason, and leaves the disk as it was.
+TEST_F(WriteRules, AFullDiskIsSaidInTheSystemsWords)
+{
+    const std::string disk = dir.path("disk");
+    fs::create_directory(disk);
+    if (run("mount -t tmpfs -o size=64k tmpfs " + quote(disk), {}).status != 0)
+        GTEST_SKIP() << "no small disk can be mounted here";
+    struct Unmount {
+        std::string disk;
+        ~Unmount() { std::system(("umount " + quote(disk)).c_str()); }
+    } unmount{disk};
+    dir.file("disk/fill", std::string(40 * 1024, 'f'));
+    const auto before = snapshot(disk);
+    const struct {
+        std::vector<std::string> args;
+        std::string target;
+    } cases[] = {
+        {{"create", disk + "/x.lbx", cursor, dir.path("parts/FONTS_002.cursor")}, disk + "/x.lbx"},
+        {{"extract", fonts, "-o", disk + "/parts"}, disk + "/parts/FONTS_001.cursor"},
+    };
+    for (const auto& c : cases) {
+        const Outcome full = lbx(c.args);
+        EXPECT_EQ(full.status, 1);
+        EXPECT_EQ(full.err, "lbx: could not write to '" + c.target + "' (No space left on device)\n") << c.args[0];
+        fs::remove_all(disk + "/parts");
+        EXPECT_EQ(snapshot(disk), before) << c.args[0];
+    }
 }

@@ -60,7 +60,7 @@ void addCreate(CLI::App& app, int& status)
     command->add_flag("--raw", options->raw,
                       "Store each FILE as it is, even when it is a picture, a manifest, text or no sound the game plays");
     examples(*command, "  lbx create copy.lbx parts/FONTS_001.cursor parts/FONTS_002.cursor\n"
-                       "  lbx create --raw notes.lbx readme.txt");
+                       "  lbx create --raw pictures.lbx gallery/INBOX_000_000.png");
     define(*command, status, [options] { return create(*options); });
 }
 

@@ -59,7 +59,7 @@ void addExtract(CLI::App& app, int& status)
         ->required();
     command->add_option("-o,--output", options->folder, "Folder to write into")->capture_default_str();
     command->add_flag("--force", options->force, "Replace files of the same names in the folder");
-    examples(*command, "  lbx extract demo/FONTS.LBX 1 2 -o parts\n  lbx extract demo/*.LBX -o parts");
+    examples(*command, "  lbx extract demo/FONTS.LBX 1 2 -o parts\n  lbx extract demo/*.LBX -o parts/all");
     define(*command, status, [options] { return extract(*options); });
 }
 

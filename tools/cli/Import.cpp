@@ -120,8 +120,8 @@ void addImport(CLI::App& app, int& status)
     command->add_flag("--strict", i.strict,
                       "Refuse, instead of warning, a frame whose colours would not be stored or whose pixels are "
                       "partly transparent; with --index, a new entry of another kind, size or frame count");
-    examples(*command, "  lbx import ball.graphic frames/*.png -p demo/FONTS.LBX:1 --flags loop\n"
-                       "  lbx import demo/INBOX.LBX -i 2 frame.png");
+    examples(*command, "  lbx import ball.graphic gallery/INBOX_001_0*.png --flags loop\n"
+                       "  lbx import demo/INBOX.LBX -i 2 gallery/INBOX_000_000.png");
     define(*command, status, [options] { return importGraphic(*options); });
 }
 

@@ -145,7 +145,7 @@ void addPack(CLI::App& app, int& status)
                       "Let a text table gain or lose records, a line a record");
     jobsOption(*command, options->jobs);
     examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force\n"
-                       "  lbx pack mod/STARNAME --records --grow");
+                       "  lbx pack mods/STARNAME --records --grow");
     define(*command, status, [options] { return pack(*options); });
 }
 

@@ -51,8 +51,8 @@ void addReplace(CLI::App& app, int& status)
     command->add_flag("--raw", options->raw,
                       "Store FILE as it is, even when it is a picture, a manifest, text or no sound the game plays");
     examples(*command, "  lbx replace demo/INBOX.LBX 1 ball.graphic\n"
-                       "  lbx replace --strict demo/STARNAME.LBX 0 names.text\n"
-                       "  lbx replace --raw demo/INBOX.LBX 2 notes.txt");
+                       "  lbx replace --strict demo/STARNAME.LBX 0 parts/all/STARNAME_000.text\n"
+                       "  lbx replace --raw demo/INBOX.LBX 2 gallery/INBOX_000_000.png");
     define(*command, status, [options] { return replace(*options); });
 }
 

@@ -194,7 +194,7 @@ void addUnpack(CLI::App& app, int& status)
                       "Write into a DIR/STEM/ that already holds files, replacing those an earlier unpack wrote");
     palettesOption(*command, options->palettes);
     jobsOption(*command, options->jobs);
-    examples(*command, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mod");
+    examples(*command, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mods");
     define(*command, status, [options] { return unpack(*options); });
 }
 

@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <linux/falloc.h>
 #include <filesystem>
 #include <stdexcept>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -133,6 +135,25 @@ void writeAll(int descriptor, const char* data, std::size_t size, const std::str
     }
 }
 
+// The library writes through a stream that keeps the system's reason to
+// itself. When a write of its falls short, a file size limit it reached, or
+// a block more behind what it wrote that the disk refuses (full, or over a
+// quota), gives that reason; otherwise `otherwise` stands.
+std::string roomProblem(int descriptor, const std::string& otherwise)
+{
+    constexpr off_t PROBE = 4096;
+    struct stat status;
+    if (::fstat(descriptor, &status) != 0)
+        return otherwise;
+    struct rlimit largest;
+    if (::getrlimit(RLIMIT_FSIZE, &largest) == 0 && largest.rlim_cur != RLIM_INFINITY &&
+        static_cast<rlim_t>(status.st_size) + PROBE > largest.rlim_cur)
+        return std::strerror(EFBIG);
+    if (::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, status.st_size, PROBE) == 0 || errno == EOPNOTSUPP)
+        return otherwise;
+    return std::strerror(errno);
+}
+
 } // namespace
 
 void SafeWriter::protect(const std::vector<std::string>& paths)
@@ -212,18 +233,18 @@ void SafeWriter::writeBytes(const std::string& target, const std::string& bytes,
 // refused a byte; the header read back shows whether every entry arrived.
 void SafeWriter::writeArchive(const std::string& target, File& archive, Existing existing) const
 {
-    writeFile(target, existing, [&](int, const std::string& temporary) {
+    writeFile(target, existing, [&](int descriptor, const std::string& temporary) {
         try {
             archive.write(temporary);
         } catch (const std::exception& e) {
-            throw cannotWrite(target, e.what());
+            throw cannotWrite(target, roomProblem(descriptor, e.what()));
         }
         const ArchiveHeader header = readHeader(temporary);
         bool whole = header.valid && header.offsets.size() == archive.size() + 1;
         for (unsigned int i = 0; whole && i < archive.size(); ++i)
             whole = header.offsets[i + 1] - header.offsets[i] == archive[i]->size();
         if (!whole)
-            throw cannotWrite(target, "the archive did not reach the disk whole");
+            throw cannotWrite(target, roomProblem(descriptor, "the archive did not reach the disk whole"));
     });
 }
 
