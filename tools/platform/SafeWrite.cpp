@@ -6,7 +6,6 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <linux/falloc.h>
 #include <filesystem>
 #include <stdexcept>
 #include <sys/resource.h>
