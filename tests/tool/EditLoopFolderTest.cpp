@@ -2,6 +2,9 @@
 // extract, edits in files that are only to look at, strays in the folder, an
 // unpack over an earlier one, palettes from elsewhere.
 #include "tests/tool/ToolRun.h"
+#include "tools/modding/Manifest.h"
+
+#include <functional>
 
 using namespace fixtures;
 using namespace toolrun;
@@ -168,4 +171,44 @@ TEST_F(EditLoopFolder, PalettesComeFromTheFolderTheUserNames)
     EXPECT_EQ(wrong.status, 1);
     EXPECT_EQ(wrong.err, "lbx: --palettes: '" + dir.path("none") + "' is neither a folder nor an archive\n");
     EXPECT_FALSE(fs::exists(dir.path("x")));
+}
+
+// The game finds entries by number: a summary that said "0 changed" of
+// entries swapped or gone would hide what matters most.
+TEST_F(EditLoopFolder, PacksSummarySaysWhatMovedCameAndWent)
+{
+    const std::string folder = unpacked("INBOX.LBX"), target = dir.path("new.lbx");
+    const std::string manifestPath = folder + "/archive.json", original = readFile(manifestPath);
+    const auto edited = [&](const std::function<void(lbxtool::Json&)>& edit) {
+        lbxtool::Json manifest = lbxtool::Json::parse(original);
+        edit(manifest["entries"]);
+        dir.file("mod/INBOX/archive.json", manifest.dump(1));
+        return lbx({"pack", folder, "-o", target, "--force"});
+    };
+    const struct {
+        std::string what;
+        std::function<void(lbxtool::Json&)> edit;
+        std::string summary;
+    } cases[] = {
+        {"swapped", [](lbxtool::Json& entries) { std::swap(entries[0], entries[1]); },
+         ", 0 changed, 2 moved\n  moved T[0]: was entry 1\n  moved T[1]: was entry 0\n"},
+        {"removed", [](lbxtool::Json& entries) { entries.erase(0); },
+         ", 0 changed, 1 moved, 1 removed\n  moved T[0]: was entry 1\n  removed entry 0 of INBOX.LBX as unpacked\n"},
+        {"added",
+         [](lbxtool::Json& entries) {
+             lbxtool::Json copy = entries[1];
+             copy.erase("index");
+             copy.erase("hash");
+             entries.push_back(copy);
+         },
+         ", 0 changed, 1 added\n  added T[2]: graphic (8 frames of 48x32)\n"},
+    };
+    for (const auto& c : cases) {
+        const Outcome run = edited(c.edit);
+        std::string out = run.out;
+        for (std::size_t at; (at = out.find(target)) != std::string::npos;)
+            out.replace(at, target.size(), "T");
+        EXPECT_EQ(out.substr(out.find(',')), c.summary) << c.what;
+        EXPECT_EQ(run.err.find("header area"), std::string::npos) << c.what << ": its offsets alone changed";
+    }
 }

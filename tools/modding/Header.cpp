@@ -17,12 +17,6 @@ constexpr std::size_t COUNT_SIZE = 2;
 constexpr std::size_t TABLE_OFFSET = 8;
 constexpr std::size_t OFFSET_SIZE = 4;
 
-void zero(std::string& area, std::size_t from, std::size_t size)
-{
-    if (from < area.size())
-        area.replace(from, std::min(size, area.size() - from), std::min(size, area.size() - from), '\0');
-}
-
 } // namespace
 
 ArchiveHeader readHeader(const std::string& path)
@@ -34,8 +28,12 @@ ArchiveHeader readHeader(const std::string& path)
 
 std::string withoutOffsets(std::string area, std::size_t entries)
 {
-    zero(area, COUNT_OFFSET, COUNT_SIZE);
-    zero(area, TABLE_OFFSET, (entries + 1) * OFFSET_SIZE);
+    // Taken out, not zeroed: what follows the offsets moves with their
+    // number, and the zeros that fill the area to its end grow and shrink.
+    if (area.size() > TABLE_OFFSET)
+        area.erase(TABLE_OFFSET, (entries + 1) * OFFSET_SIZE);
+    area.erase(COUNT_OFFSET, std::min(COUNT_SIZE, area.size()));
+    area.erase(area.find_last_not_of('\0') + 1);
     return area;
 }
 

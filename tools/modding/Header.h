@@ -18,9 +18,9 @@ struct ArchiveHeader {
 // only when the file cannot be opened.
 ArchiveHeader readHeader(const std::string& path);
 
-// The header area `area` of an archive of `entries` entries with the entry
-// count and the offsets zeroed: what stays when entries change size, are
-// added or removed.
+// The header area `area` of an archive of `entries` entries without its
+// entry count, its offsets and the zeros that end it: what stays when
+// entries change size, are added or removed.
 std::string withoutOffsets(std::string area, std::size_t entries);
 
 } // namespace lbxtool
