@@ -80,6 +80,20 @@ std::string numbered(const std::string& one, const std::string& many, const std:
     return text;
 }
 
+// The records of a table's file `text` that differ from those unpack wrote,
+// by number; those past the table's count are new.
+std::vector<unsigned int> changedRecords(const Json& described, const std::string& text, const PackPlace& place)
+{
+    const std::vector<std::string> before = splitHashes(described.value(key::RECORD_HASHES, ""));
+    const std::vector<std::string> records =
+        recordsOfFile(text, place.pathOf(fileName(described, key::FILE, place.manifest)));
+    std::vector<unsigned int> changed;
+    for (unsigned int r = 0; r < records.size(); ++r)
+        if (r >= before.size() || hashOf(records[r]) != before[r])
+            changed.push_back(r);
+    return changed;
+}
+
 // Which of an entry's files differ from those unpack wrote, by what pack
 // read of them (`read`: each file's fingerprint): its frames by number, its
 // palette, its other file; its settings in the manifest when no file did.
@@ -106,15 +120,9 @@ std::string changedParts(const Json& described, const std::map<std::string, std:
     if (described.contains(key::PALETTE) && differs(fileName(described, key::PALETTE, where)))
         parts.push_back("palette");
     if (described.contains(key::RECORD_HASHES) && differs(fileName(described, key::FILE, where))) {
-        const std::vector<std::string> before = splitHashes(described.value(key::RECORD_HASHES, ""));
-        const std::vector<std::string> records =
-            recordsOfFile(text, place.pathOf(fileName(described, key::FILE, where)));
-        std::vector<unsigned int> changed;
-        for (unsigned int r = 0; r < records.size(); ++r)
-            if (r >= before.size() || hashOf(records[r]) != before[r])
-                changed.push_back(r);
-        if (!changed.empty())
-            parts.push_back(numbered("record", "records", changed));
+        const std::vector<unsigned int> records = changedRecords(described, text, place);
+        if (!records.empty())
+            parts.push_back(numbered("record", "records", records));
     }
     const bool filesAsWritten = std::none_of(read.begin(), read.end(), [&](const auto& file) { return differs(file.first); });
     if (parts.empty() && filesAsWritten)
