@@ -72,7 +72,7 @@ void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<
                              std::vector<unsigned int>& indices)
 {
     for (const std::string& item : items) {
-        if (!allDigits(item))
+        if (item.empty() || !allDigits(item))
             archives.push_back(item);
         else if (item.size() > LARGEST_NUMBER_DIGITS)
             throw UsageError("entry number " + item + " is too large");
