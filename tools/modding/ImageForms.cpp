@@ -89,17 +89,6 @@ void addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indi
     }
 }
 
-// The palette indices that the frames of `graphic` store.
-std::vector<Indices> storedIndices(Content::Graphic* graphic)
-{
-    PaletteArray fake(Palette::fake());
-    const LentPalette lent(graphic, fake.get());
-    std::vector<Indices> frames;
-    for (unsigned int f = 0; f < graphic->frames(); ++f)
-        frames.push_back(indicesOfFake(graphic->frame(f), std::size_t(graphic->width()) * graphic->height()));
-    return frames;
-}
-
 // `count` colours of `palette` from `first` on, as the entry's palette file.
 void addPalette(EntryForm& form, const UnpackPlace& place, const unsigned char* palette, unsigned int first,
                 unsigned int count)
@@ -230,12 +219,7 @@ std::unique_ptr<Content> graphicFrom(const Json& manifest, const PackPlace& plac
 EntryForm cursor(Content::Cursor* cursor, const UnpackPlace& place)
 {
     PaletteArray own = copyOfPalette(cursor->palette());
-    PaletteArray fake(Palette::fake());
-    std::vector<Indices> frames;
-    for (unsigned int f = 0; f < CURSOR_FRAMES; ++f) {
-        const std::unique_ptr<unsigned char[]> decoded(cursor->gen(f, fake.get()));
-        frames.push_back(indicesOfFake(decoded.get(), CURSOR_SIDE * CURSOR_SIDE));
-    }
+    const std::vector<Indices> frames = storedIndices(cursor);
     EntryForm form;
     form.manifest[key::KIND] = kind::CURSOR;
     form.manifest[key::FRAMES] = Json::array();

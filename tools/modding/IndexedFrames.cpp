@@ -81,6 +81,26 @@ Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels)
     return indices;
 }
 
+std::vector<Indices> storedIndices(Content::Graphic* graphic)
+{
+    PaletteArray fake(Palette::fake());
+    const LentPalette lent(graphic, fake.get());
+    std::vector<Indices> frames;
+    for (unsigned int f = 0; f < graphic->frames(); ++f)
+        frames.push_back(indicesOfFake(graphic->frame(f), std::size_t(graphic->width()) * graphic->height()));
+    return frames;
+}
+
+std::vector<Indices> storedIndices(Content::Cursor* cursor)
+{
+    std::vector<Indices> frames;
+    for (unsigned int f = 0; f < CURSOR_FRAMES; ++f) {
+        const std::unique_ptr<unsigned char[]> decoded(cursor->gen(f, const_cast<unsigned char*>(fakePalette())));
+        frames.push_back(indicesOfFake(decoded.get(), CURSOR_SIDE * CURSOR_SIDE));
+    }
+    return frames;
+}
+
 std::vector<unsigned char> fakeColours(const Indices& indices)
 {
     return coloured(indices, fakePalette());

@@ -24,6 +24,10 @@ constexpr unsigned short CLEAR = 256;
 // The indices behind `pixels` RGBA pixels decoded with Palette::fake.
 Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels);
 
+// The palette indices that each frame of a graphic or a cursor stores.
+std::vector<Indices> storedIndices(Content::Graphic* graphic);
+std::vector<Indices> storedIndices(Content::Cursor* cursor);
+
 // The frame in fake colours, CLEAR as a transparent pixel: what the
 // encoders take to store exactly these indices.
 std::vector<unsigned char> fakeColours(const Indices& indices);
