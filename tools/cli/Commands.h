@@ -19,6 +19,7 @@ void addExport(CLI::App& app, int& status);
 void addImport(CLI::App& app, int& status);
 void addUnpack(CLI::App& app, int& status);
 void addPack(CLI::App& app, int& status);
+void addDiff(CLI::App& app, int& status);
 void addSample(CLI::App& app, int& status);
 
 } // namespace lbxtool
