@@ -123,6 +123,14 @@ TEST_F(EditLoopFolder, PackLeavesEditorsLeftoversAloneAndNamesOtherStrays)
     EXPECT_TRUE(sameBytes(target, sample("STARNAME.LBX")));
 }
 
+TEST_F(EditLoopFolder, PackOfAFolderThatUnpackDidNotMakeSaysWhatItTakes)
+{
+    expectRefused({"pack", sample(""), "-o", dir.path("x.lbx")},
+                  "'" + sample("") + "' holds no archive.json; pack takes a folder that lbx unpack made",
+                  {sample("")});
+    EXPECT_FALSE(fs::exists(dir.path("x.lbx")));
+}
+
 TEST_F(EditLoopFolder, AStaleTemporaryFileIsFoundBeforeAnyWork)
 {
     const std::string folder = unpacked("INBOX.LBX"), target = dir.path("new/INBOX.LBX");

@@ -95,6 +95,9 @@ int pack(const PackOptions& options)
     const std::string manifestPath = inFolder(folder, MANIFEST_NAME);
     if (!fs::is_directory(folder))
         throw std::runtime_error("'" + options.folder + "' is not a folder");
+    if (!fs::exists(manifestPath))
+        throw std::runtime_error("'" + options.folder + "' holds no " + MANIFEST_NAME +
+                                 "; pack takes a folder that lbx unpack made");
     SafeWriter writer;
     SystemFiles files(writer);
     const Json manifest = parseManifest(files.read(manifestPath), manifestPath);

@@ -2,13 +2,11 @@
 
 #include "images/Cursor.h"
 #include "images/Graphic.h"
-#include "images/Palette.h"
 #include "kinds/Text.h"
 #include "tools/modding/EntryView.h"
 #include "tools/modding/Hash.h"
 #include "tools/modding/IndexedFrames.h"
 #include "tools/modding/Names.h"
-#include "tools/modding/Shapes.h"
 #include "tools/modding/TextEscape.h"
 
 #include <algorithm>
