@@ -20,6 +20,7 @@ void addImport(CLI::App& app, int& status);
 void addUnpack(CLI::App& app, int& status);
 void addPack(CLI::App& app, int& status);
 void addDiff(CLI::App& app, int& status);
+void addPatch(CLI::App& app, int& status);
 void addSample(CLI::App& app, int& status);
 
 } // namespace lbxtool

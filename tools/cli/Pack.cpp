@@ -118,9 +118,7 @@ int pack(const PackOptions& options)
     const std::unique_ptr<File> archive =
         packedArchive(plan, options, folder, manifestPath, target, changes, shapes);
     const Arrangement arranged = arrangement(manifest, plan, shapes, target);
-    const std::string targetFolder = fs::path(target).parent_path().string();
-    if (!targetFolder.empty())
-        makeFolder(targetFolder);
+    makeFolderFor(target);
     writer.writeArchive(target, *archive, existing);
     noteHeader(target, manifest, manifestPath);
     printSummary(*archive, folder, target, changes, arranged);

@@ -21,7 +21,7 @@ using namespace lbxtool;
 
 // In the order `lbx --help` lists them.
 const AddCommand COMMANDS[] = {addList,   addCheck,  addExtract, addVerify, addCreate, addReplace,
-                               addExport, addImport, addUnpack,  addPack,   addDiff,   addSample};
+                               addExport, addImport, addUnpack,  addPack,   addDiff,   addPatch,  addSample};
 
 // The parser's failures as one line that names the problem and where help is.
 std::string usageProblem(const CLI::ParseError& e, const std::string& first)

@@ -6,6 +6,7 @@
 #include "tools/modding/EntryView.h"
 #include "tools/modding/Hash.h"
 #include "tools/modding/IndexedFrames.h"
+#include "tools/modding/Manifest.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/TextEscape.h"
 
@@ -83,7 +84,8 @@ EntryChange change(EntryChange::Kind kind, unsigned int index, Content* entry)
 EntryChange changed(unsigned int index, Content* before, Content* after)
 {
     EntryChange found = change(EntryChange::CHANGED, index, after);
-    found.shapeChange = shapeChange(shapeOf(before), found.shape);
+    found.shapeBefore = shapeOf(before);
+    found.shapeChange = shapeChange(found.shapeBefore, found.shape);
     found.sizeBefore = before->size();
     found.frames = changedFrames(before, after);
     found.records = changedRecords(before, after);
@@ -151,6 +153,45 @@ std::string entryLine(const EntryChange& entry, const std::string& basePath, con
     return line;
 }
 
+const char* kindWord(EntryChange::Kind kind)
+{
+    switch (kind) {
+    case EntryChange::ADDED: return "added";
+    case EntryChange::REMOVED: return "removed";
+    case EntryChange::MOVED: return "moved";
+    case EntryChange::CHANGED: break;
+    }
+    return "changed";
+}
+
+Json recordJson(bool holds, const std::string& record)
+{
+    return holds ? Json(escapeText(record)) : Json();
+}
+
+Json changeJson(const EntryChange& entry)
+{
+    Json json{{"change", kindWord(entry.kind)}, {"index", entry.index}};
+    if (entry.kind == EntryChange::MOVED)
+        json["from"] = entry.was;
+    json["shape"] = entry.shape;
+    if (entry.kind == EntryChange::CHANGED) {
+        json["shapeBefore"] = entry.shapeBefore;
+        json["sizeBefore"] = entry.sizeBefore;
+    }
+    json["size"] = entry.sizeAfter;
+    if (entry.kind != EntryChange::CHANGED)
+        return json;
+    json["frames"] = entry.frames;
+    Json records = Json::array();
+    for (const RecordChange& record : entry.records)
+        records.push_back(Json{{"number", record.number},
+                               {"was", recordJson(record.before, record.was)},
+                               {"becomes", recordJson(record.after, record.becomes)}});
+    json["records"] = records;
+    return json;
+}
+
 } // namespace
 
 std::vector<EntryChange> diffArchives(File& base, File& changedArchive)
@@ -181,6 +222,15 @@ std::vector<EntryChange> diffArchives(File& base, File& changedArchive)
         if (placed.count(j) == 0)
             changes.push_back(change(EntryChange::REMOVED, j, base[j]));
     return changes;
+}
+
+std::string diffJson(const std::vector<EntryChange>& changes, const std::string& basePath,
+                     const std::string& changedPath)
+{
+    Json list = Json::array();
+    for (const EntryChange& entry : changes)
+        list.push_back(changeJson(entry));
+    return manifestText(Json{{"base", basePath}, {"new", changedPath}, {"changes", list}});
 }
 
 std::string diffText(const std::vector<EntryChange>& changes, const std::string& basePath,

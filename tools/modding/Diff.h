@@ -26,6 +26,7 @@ struct EntryChange {
     unsigned int index = 0; // in the new archive; in the base for REMOVED
     unsigned int was = 0;   // MOVED: its place in the base
     std::string shape;      // what it is (REMOVED: what it was)
+    std::string shapeBefore; // CHANGED: what it was
     std::string shapeChange; // CHANGED: "was ..., becomes ...", empty when its shape stayed
     std::size_t sizeBefore = 0, sizeAfter = 0;
     std::vector<unsigned int> frames; // CHANGED graphics and cursors: the frames that differ
@@ -41,6 +42,11 @@ std::vector<EntryChange> diffArchives(File& base, File& changed);
 
 // The account as lines for a terminal, each entry named in `changedPath`.
 std::string diffText(const std::vector<EntryChange>& changes, const std::string& basePath,
+                     const std::string& changedPath);
+
+// The account as one JSON document: "base" and "new" name the archives,
+// "changes" lists each change as diffArchives finds it.
+std::string diffJson(const std::vector<EntryChange>& changes, const std::string& basePath,
                      const std::string& changedPath);
 
 } // namespace lbxtool

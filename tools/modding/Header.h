@@ -18,6 +18,17 @@ struct ArchiveHeader {
 // only when the file cannot be opened.
 ArchiveHeader readHeader(const std::string& path);
 
+// The size of the header area in front of an archive's entries.
+constexpr std::size_t HEADER_AREA_SIZE = 2048;
+
+// The header area the library's writer puts before entries of these sizes:
+// the count, the offsets, the tag word where it fits, zeros behind.
+std::string writtenHeader(const std::vector<std::size_t>& sizes);
+
+// Whether two header areas hold the same entry count and offsets, whatever
+// else they hold.
+bool sameTable(const std::string& one, const std::string& other);
+
 // The header area `area` of an archive of `entries` entries without its
 // entry count, its offsets and the zeros that end it: what stays when
 // entries change size, are added or removed.

@@ -16,6 +16,13 @@ void makeFolder(const std::string& folder)
                                  (error ? " (" + error.message() + ")" : ""));
 }
 
+void makeFolderFor(const std::string& path)
+{
+    const std::string folder = std::filesystem::path(path).parent_path().string();
+    if (!folder.empty())
+        makeFolder(folder);
+}
+
 std::string folderName(const std::string& folder)
 {
     fs::path normal = fs::path(folder).lexically_normal();

@@ -8,6 +8,9 @@ namespace lbxtool {
 // Creates `folder` and its parents unless they exist; throws a message naming it.
 void makeFolder(const std::string& folder);
 
+// Creates the folder that the file at `path` goes into, as makeFolder does.
+void makeFolderFor(const std::string& path);
+
 // "DIR/STEM/" and "DIR/./STEM" as "DIR/STEM": the folder a user named,
 // whatever way they wrote it.
 std::string folderName(const std::string& folder);
