@@ -28,9 +28,12 @@ constexpr unsigned int COMMAND_BITS = 2;
 // Runs shorter than these cost more as commands than as bytes of their own.
 constexpr std::size_t SHORTEST_READ = 4;
 constexpr std::size_t SHORTEST_COPY = 8;
-// Source positions are found by a hash of the 8 bytes there.
-constexpr std::size_t KEY_BYTES = 8;
-constexpr unsigned int LARGEST_TABLE_BITS = 22;
+// Source positions are found by a hash of the 32 bytes there: long enough
+// that the head of a record or an entry, alike in all of them, is seldom
+// all a key holds.
+constexpr std::size_t KEY_WORDS = 4;
+constexpr std::size_t KEY_BYTES = KEY_WORDS * sizeof(std::uint64_t);
+constexpr unsigned int LARGEST_TABLE_BITS = 24;
 
 std::uint32_t le32(const std::string& bytes, std::size_t at)
 {
@@ -60,7 +63,16 @@ void putNumber(std::string& out, std::uint64_t value)
     }
 }
 
-// Where each run of 8 bytes of the source stands, by a hash of them; a later
+// How many bytes from `from` of the source equal those from `at` of the target.
+std::size_t runOf(const std::string& source, std::size_t from, const std::string& target, std::size_t at)
+{
+    std::size_t length = 0;
+    while (from + length < source.size() && at + length < target.size() && source[from + length] == target[at + length])
+        ++length;
+    return length;
+}
+
+// Where each run of 32 bytes of the source stands, by a hash of them; a later
 // run takes the place of an earlier one of the same hash.
 class SourceIndex {
 public:
@@ -73,8 +85,8 @@ public:
             places[slot(source, at)] = static_cast<std::uint32_t>(at + 1);
     }
 
-    // The longest run of the source that the candidate for `at` of `target`
-    // gives, and where it starts.
+    // The run of the source that the hash finds for `at` of `target`, and
+    // where it starts.
     std::size_t match(const std::string& target, std::size_t at, std::size_t& from) const
     {
         if (at + KEY_BYTES > target.size())
@@ -83,10 +95,7 @@ public:
         if (place == 0)
             return 0;
         from = place - 1;
-        std::size_t length = 0;
-        while (from + length < source.size() && at + length < target.size() && source[from + length] == target[at + length])
-            ++length;
-        return length;
+        return runOf(source, from, target, at);
     }
 
 private:
@@ -96,9 +105,12 @@ private:
 
     std::size_t slot(const std::string& bytes, std::size_t at) const
     {
-        std::uint64_t key;
-        std::memcpy(&key, bytes.data() + at, KEY_BYTES);
-        return static_cast<std::size_t>((key * 0x9E3779B97F4A7C15ull) >> (64 - bits));
+        std::uint64_t words[KEY_WORDS];
+        std::memcpy(words, bytes.data() + at, KEY_BYTES);
+        std::uint64_t key = 0;
+        for (const std::uint64_t word : words)
+            key = (key ^ word) * 0x9E3779B97F4A7C15ull;
+        return static_cast<std::size_t>(key >> (64 - bits));
     }
 };
 
@@ -122,6 +134,9 @@ public:
         sourceAt = from + length;
         pending = at + length;
     }
+
+    // Where a copy that goes on from the last one would start.
+    std::size_t nextSource() const { return sourceAt; }
 
     std::string finish(std::string head)
     {
@@ -150,13 +165,6 @@ private:
     }
 };
 
-std::size_t sameRun(const std::string& source, const std::string& target, std::size_t at)
-{
-    std::size_t length = 0;
-    while (at + length < source.size() && at + length < target.size() && source[at + length] == target[at + length])
-        ++length;
-    return length;
-}
 
 // Reads a patch, every step bounded by what the patch and the files hold.
 class PatchReader {
@@ -275,9 +283,16 @@ std::string bpsPatch(const std::string& source, const std::string& target)
     const SourceIndex index(source);
     PatchWriter writer(target);
     for (std::size_t at = 0; at < target.size();) {
-        const std::size_t same = sameRun(source, target, at);
-        std::size_t from = 0;
-        const std::size_t copy = index.match(target, at, from);
+        const std::size_t same = runOf(source, at, target, at);
+        // A run that goes on from the last copy is the likeliest: entries
+        // behind an edit keep their order and move by the same distance.
+        std::size_t from = writer.nextSource();
+        std::size_t copy = runOf(source, from, target, at), found = 0;
+        const std::size_t hashed = index.match(target, at, found);
+        if (hashed > copy) {
+            copy = hashed;
+            from = found;
+        }
         if (same >= SHORTEST_READ && same >= copy) {
             writer.sourceRead(at, same);
             at += same;

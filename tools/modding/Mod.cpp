@@ -2,6 +2,7 @@
 
 #include "entry/Content.h"
 #include "tools/modding/Base64.h"
+#include "tools/modding/Bps.h"
 #include "tools/modding/Hash.h"
 #include "tools/modding/Header.h"
 #include "tools/modding/Manifest.h"
@@ -21,7 +22,7 @@ namespace {
 //     "result": { "entries": 6, "size": 9400, "fingerprint": "..." },
 //     "header": "...",                        only when not the writer's
 //     "changes": [ { "index": 1, "was": {size, fingerprint}, "becomes": {size, fingerprint},
-//                    "bytes": "..." | "copyOf": 4 | "records": { "count": 8, "length": 100,
+//                    "bytes": "..." | "copyOf": 4 | "delta": "..." | "records": { "count": 8, "length": 100,
 //                        "changed": [ { "number": 3, "was": "...", "bytes": "..." } ] } } ],
 //     "undo": { "header": "...", "changes": [ ... ] } }      only when reversible
 namespace field {
@@ -40,6 +41,7 @@ constexpr const char* WAS = "was";
 constexpr const char* BECOMES = "becomes";
 constexpr const char* BYTES = "bytes";
 constexpr const char* COPY_OF = "copyOf";
+constexpr const char* DELTA = "delta";
 constexpr const char* RECORDS = "records";
 constexpr const char* COUNT = "count";
 constexpr const char* LENGTH = "length";
@@ -55,6 +57,8 @@ constexpr unsigned int LARGEST_SIZE = 0xFFFFFFFF;
 
 // Records travel alone when they make at most this share of their table.
 constexpr std::size_t RECORDS_SHARE = 2;
+// An entry travels as a patch of the base's when that is at most 3/4 of it.
+constexpr std::size_t DELTA_PARTS = 4, DELTA_SHARE = 3;
 
 struct TableShape {
     unsigned int count = 0, length = 0;
@@ -145,8 +149,10 @@ EntryPatch changeOf(const ArchiveBytes& from, const ArchiveBytes& to, const Plac
         change.source = EntryPatch::COPY;
         change.copyOf = *at;
     } else if (!change.was || !changedRecords(from.entries[i], bytes, change)) {
-        change.source = EntryPatch::BYTES;
-        change.bytes = bytes;
+        std::string delta = change.was ? bpsPatch(from.entries[i], bytes) : "";
+        const bool smaller = change.was && delta.size() * DELTA_PARTS <= bytes.size() * DELTA_SHARE;
+        change.source = smaller ? EntryPatch::DELTA : EntryPatch::BYTES;
+        change.bytes = smaller ? std::move(delta) : bytes;
     }
     return change;
 }
@@ -199,6 +205,7 @@ Json changeJson(const EntryPatch& change)
     switch (change.source) {
     case EntryPatch::BYTES: json[field::BYTES] = toBase64(change.bytes); break;
     case EntryPatch::COPY: json[field::COPY_OF] = change.copyOf; break;
+    case EntryPatch::DELTA: json[field::DELTA] = toBase64(change.bytes); break;
     case EntryPatch::RECORDS: json[field::RECORDS] = recordsJson(change); break;
     case EntryPatch::NONE: break;
     }
@@ -312,6 +319,11 @@ private:
             change.copyOf = number(json, field::COPY_OF, baseEntries == 0 ? 0 : baseEntries - 1, at);
             if (baseEntries == 0)
                 throw at.problem(std::string("'") + field::COPY_OF + "' names no entry of the base");
+        } else if (json.contains(field::DELTA)) {
+            change.source = EntryPatch::DELTA;
+            change.bytes = bytes(json, field::DELTA, at);
+            if (!change.was)
+                throw at.problem("a delta needs the entry it patches");
         } else if (json.contains(field::RECORDS)) {
             records(member(json, field::RECORDS, at), change, at);
         }

@@ -34,14 +34,15 @@ struct RecordPatch {
 // What a mod does to one entry.
 struct EntryPatch {
     // Where the entry's new bytes come from: carried whole, an entry of the
-    // base (an entry moved), or the base entry with some records replaced.
-    enum Source { NONE, BYTES, COPY, RECORDS };
+    // base (an entry moved), the base entry with some records replaced, or
+    // the base entry patched by a BPS patch of its own.
+    enum Source { NONE, BYTES, COPY, RECORDS, DELTA };
 
     unsigned int index = 0;
     std::optional<Fingerprint> was;     // none: the base has no entry here
     std::optional<Fingerprint> becomes; // none: the entry is removed
     Source source = NONE;
-    std::string bytes;       // BYTES
+    std::string bytes;       // BYTES: the entry; DELTA: the patch
     unsigned int copyOf = 0; // COPY
     unsigned int recordCount = 0, recordLength = 0; // RECORDS: the table's shape, which stays
     std::vector<RecordPatch> records;               // RECORDS, by number

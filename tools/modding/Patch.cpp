@@ -1,5 +1,6 @@
 #include "tools/modding/Patch.h"
 
+#include "tools/modding/Bps.h"
 #include "tools/modding/Hash.h"
 #include "tools/modding/Header.h"
 #include "tools/modding/Names.h"
@@ -39,8 +40,11 @@ public:
     {
         mod = &named;
         const bool exact = gap() == NO_GAP && Fingerprint::of(standing().file()) == named.mod.base.file;
+        unsigned int alreadyMade = 0;
         for (const EntryPatch& change : named.mod.entries)
-            applyChange(change);
+            alreadyMade += applyChange(change);
+        if (alreadyMade > 0 && alreadyMade == named.mod.entries.size())
+            warnings.warn("'" + named.path + "' changes nothing: '" + basePath + "' holds its changes already");
         if (gap() == NO_GAP)
             carryHeader(named.mod.header);
         if (exact && !(gap() == NO_GAP && Fingerprint::of(standing().file()) == named.mod.result.file))
@@ -124,19 +128,23 @@ private:
         return index < original.entries.size() ? Entry(original.entries[index]) : std::nullopt;
     }
 
-    void applyChange(const EntryPatch& change)
+    // Whether the base held the change already.
+    bool applyChange(const EntryPatch& change)
     {
         const Entry now = at(change.index);
         if (fits(now, change.was))
-            return put(change, now);
-        if (fits(now, change.becomes))
-            return; // an earlier mod made the same change
-        if (!fits(originalAt(change.index), change.was))
+            put(change, now);
+        else if (fits(now, change.becomes)) // made already, by the base or an earlier mod
+            return entryBy.count(change.index) == 0;
+        else if (!fits(originalAt(change.index), change.was))
             throw otherVersion(change.index);
-        if (change.source == EntryPatch::RECORDS && now && holdsRecordsOf(*now, change))
-            return mergeRecords(change, *now);
-        conflict(entryBy[change.index], "entry " + std::to_string(change.index));
-        put(change, originalAt(change.index));
+        else if (change.source == EntryPatch::RECORDS && now && holdsRecordsOf(*now, change))
+            mergeRecords(change, *now);
+        else {
+            conflict(entryBy[change.index], "entry " + std::to_string(change.index));
+            put(change, originalAt(change.index));
+        }
+        return false;
     }
 
     void put(const EntryPatch& change, const Entry& under)
@@ -147,8 +155,26 @@ private:
         case EntryPatch::BYTES: entry = change.bytes; break;
         case EntryPatch::COPY: entry = copied(change); break;
         case EntryPatch::RECORDS: entry = withRecords(*under, change); break;
+        case EntryPatch::DELTA: entry = patchedEntry(*under, change); break;
         }
+        if (!fits(entry, change.becomes))
+            throw damaged(change.index);
         entryBy[change.index] = mod->path;
+    }
+
+    std::string patchedEntry(const std::string& entry, const EntryPatch& change) const
+    {
+        try {
+            return applyBps(entry, entryName(basePath, change.index), change.bytes, mod->path);
+        } catch (const std::runtime_error&) {
+            throw damaged(change.index);
+        }
+    }
+
+    std::runtime_error damaged(unsigned int index) const
+    {
+        return std::runtime_error("'" + mod->path + "' entry " + std::to_string(index) +
+                                  ": what it makes does not match its fingerprint: the file is damaged");
     }
 
     std::string withRecords(std::string table, const EntryPatch& change)
