@@ -164,6 +164,8 @@ TEST(Mod, RefusesAFileThatIsNoModItCanRead)
          "'m' is not valid JSON (parse error at line 28, column 1: syntax error while parsing object - unexpected end "
          "of input; expected '}')"},
         {"another JSON file", "{\"archive\": \"X.LBX\"}", "'m' is not a mod: it has no 'lbxMod'"},
+        {"an archive", fixtures::archive({"abc"}), "'m' is neither a mod nor a BPS patch"},
+        {"only blanks", " \n", "'m' is neither a mod nor a BPS patch"},
         {"a later format", with("\"lbxMod\": 1", "\"lbxMod\": 2"),
          "'m' is a mod of format 2; this lbx reads format 1 and older, and a newer lbx is needed"},
         {"bytes that are no base64", with(bytes, "\"abc!\""), "'m' entry 1: 'bytes' is not base64"},

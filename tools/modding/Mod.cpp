@@ -414,6 +414,10 @@ std::string modFile(const Mod& mod)
 
 Mod readMod(const std::string& text, const std::string& path)
 {
+    // A mod is a JSON object: anything else is no mod that was cut short.
+    const std::size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string::npos || text[first] != '{')
+        throw std::runtime_error("'" + path + "' is neither a mod nor a BPS patch");
     const Json json = parseManifest(text, path);
     const ModReader reader(path);
     reader.readFormat(json);
