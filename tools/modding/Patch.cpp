@@ -57,13 +57,12 @@ public:
         if (gap() != NO_GAP)
             throw std::runtime_error("the mods leave " + archiveName() + " without an entry " + std::to_string(gap()) +
                                      " but with entries behind it");
-        ArchiveBytes archive = standing();
-        std::uint64_t size = archive.header.size();
-        for (const std::size_t entry : archive.sizes())
+        std::uint64_t size = HEADER_AREA_SIZE;
+        for (const std::size_t entry : sizes())
             size += entry;
         if (size > LARGEST_FILE)
             throw std::runtime_error("the mods make " + archiveName() + " larger than an archive can be (4 GiB)");
-        return archive;
+        return standing();
     }
 
 private:
@@ -100,15 +99,24 @@ private:
         for (const Entry& entry : entries)
             if (entry)
                 archive.entries.push_back(*entry);
-        const std::string written = writtenHeader(archive.sizes());
+        const std::string written = writtenHeader(sizes());
         archive.header = sameTable(header, written) ? header : written;
         return archive;
+    }
+
+    std::vector<std::size_t> sizes() const
+    {
+        std::vector<std::size_t> all;
+        for (const Entry& entry : entries)
+            if (entry)
+                all.push_back(entry->size());
+        return all;
     }
 
     // After a mod, the header area is the one it carries, or the writer's.
     void carryHeader(const std::string& carried)
     {
-        const std::string written = writtenHeader(standing().sizes());
+        const std::string written = writtenHeader(sizes());
         const bool fitting = !carried.empty() && sameTable(carried, written);
         if (!carried.empty() && !fitting)
             warnings.warn("the header area that '" + mod->path + "' carries for " + archiveName() +
