@@ -69,6 +69,7 @@ TEST(Diff, FindsEntriesAddedRemovedMovedAndChanged)
         {"the last gone", {table({"Sol", "Vega"}), picture(3, 10)}, {"removed 2"}},
         {"the first gone", {picture(3, 10), table({"x"})}, {"moved 0<-1", "moved 1<-2", "removed 0"}},
         {"swapped", {picture(3, 10), table({"Sol", "Vega"}), table({"x"})}, {"moved 0<-1", "moved 1<-0"}},
+        {"a copy of one that stays", {picture(3, 10), picture(3, 10), table({"x"})}, {"changed 0"}},
         {"all new", {table({"a"})}, {"changed 0", "removed 1", "removed 2"}},
         {"nothing left", {}, {"removed 0", "removed 1", "removed 2"}},
     };

@@ -30,8 +30,11 @@ constexpr std::size_t SHORTEST_READ = 4;
 constexpr std::size_t SHORTEST_COPY = 8;
 // Source positions are found by a hash of the 32 bytes there: long enough
 // that the head of a record or an entry, alike in all of them, is seldom
-// all a key holds.
+// all a key holds. Every 8th position is kept, which a run of the target
+// meets within 8 bytes and then extends backwards: the table stays small
+// enough for the cache, and a run is still found whole.
 constexpr std::size_t KEY_WORDS = 4;
+constexpr std::size_t KEY_STEP = 8;
 constexpr std::size_t KEY_BYTES = KEY_WORDS * sizeof(std::uint64_t);
 constexpr unsigned int LARGEST_TABLE_BITS = 24;
 
@@ -78,10 +81,10 @@ class SourceIndex {
 public:
     explicit SourceIndex(const std::string& source) : source(source)
     {
-        while (bits < LARGEST_TABLE_BITS && (std::size_t(1) << bits) < source.size())
+        while (bits < LARGEST_TABLE_BITS && (std::size_t(1) << bits) < source.size() / KEY_STEP)
             ++bits;
         places.assign(std::size_t(1) << bits, 0);
-        for (std::size_t at = 0; at + KEY_BYTES <= source.size(); ++at)
+        for (std::size_t at = 0; at + KEY_BYTES <= source.size(); at += KEY_STEP)
             places[slot(source, at)] = static_cast<std::uint32_t>(at + 1);
     }
 
@@ -135,8 +138,10 @@ public:
         pending = at + length;
     }
 
-    // Where a copy that goes on from the last one would start.
+    // Where a copy that goes on from the last one would start, and the
+    // first target byte that no command holds yet.
     std::size_t nextSource() const { return sourceAt; }
+    std::size_t nextTarget() const { return pending; }
 
     std::string finish(std::string head)
     {
@@ -297,7 +302,13 @@ std::string bpsPatch(const std::string& source, const std::string& target)
             writer.sourceRead(at, same);
             at += same;
         } else if (copy >= SHORTEST_COPY) {
-            writer.sourceCopy(at, from, copy);
+            // The run may have begun before the place the hash found it.
+            std::size_t start = at;
+            while (from > 0 && start > writer.nextTarget() && source[from - 1] == target[start - 1]) {
+                --from;
+                --start;
+            }
+            writer.sourceCopy(start, from, at + copy - start);
             at += copy;
         } else {
             ++at;

@@ -92,23 +92,26 @@ EntryChange changed(unsigned int index, Content* before, Content* after)
     return found;
 }
 
-// The base's entries by their fingerprint, to find an entry that moved.
+// The base's entries by their fingerprint, to find an entry that moved: one
+// whose bytes left their place in the base. An entry that stays where it was
+// and is also copied elsewhere is no move; the copy is a change.
 class BaseEntries {
 public:
-    explicit BaseEntries(File& base) : base(base)
+    BaseEntries(File& base, File& changed) : base(base), changed(changed)
     {
         for (unsigned int j = 0; j < base.size(); ++j)
             byHash[hashOf(bytesOf(base[j]))].push_back(j);
     }
 
-    // A place of the base, other than `index`, that holds exactly `bytes`.
+    // A place of the base, other than `index`, that held exactly `bytes` and
+    // holds something else now.
     bool find(const std::string& bytes, unsigned int index, unsigned int& at)
     {
         const auto found = byHash.find(hashOf(bytes));
         if (found == byHash.end())
             return false;
         for (const unsigned int j : found->second)
-            if (j != index && bytesOf(base[j]) == bytes) {
+            if (j != index && bytesOf(base[j]) == bytes && !(j < changed.size() && bytesOf(changed[j]) == bytes)) {
                 at = j;
                 return true;
             }
@@ -117,6 +120,7 @@ public:
 
 private:
     File& base;
+    File& changed;
     std::map<std::string, std::vector<unsigned int>> byHash;
 };
 
@@ -196,7 +200,7 @@ Json changeJson(const EntryChange& entry)
 
 std::vector<EntryChange> diffArchives(File& base, File& changedArchive)
 {
-    BaseEntries moved(base);
+    BaseEntries moved(base, changedArchive);
     std::set<unsigned int> placed;
     std::vector<EntryChange> changes;
     for (unsigned int i = 0; i < changedArchive.size(); ++i) {
