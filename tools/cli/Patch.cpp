@@ -98,7 +98,7 @@ void addPatch(CLI::App& app, int& status)
     command->add_flag("--reverse", options->reverse, "Undo reversible mods: BASE is what they made");
     command->add_flag("--prefer-last", options->preferLast,
                       "Where two mods change the same entry or record, let the later one win");
-    command->add_flag("--force", options->force, "Replace OUT if it exists");
+    command->add_flag("--force", options->force, "Replace the file -o names if it exists");
     examples(*command, "  lbx patch demo/INBOX.LBX inbox.lbxmod -o patched/INBOX.LBX\n"
                        "  lbx patch --reverse patched/INBOX.LBX inbox.lbxmod -o undone/INBOX.LBX\n"
                        "  lbx patch demo/INBOX.LBX inbox.bps -o whole/INBOX.LBX");
