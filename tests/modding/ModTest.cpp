@@ -339,8 +339,8 @@ TEST(ModFuzzTarget, HoldsOnItsSeedsAndOnGeneratedBytes)
 {
     std::vector<exercise::Seed> inputs = exercise::modSeeds();
     std::uint32_t state = 12345;
-    for (unsigned int i = 0; i < 300; ++i) {
-        std::string block(64 + i % 400, '\0');
+    for (unsigned int i = 0; i < 60; ++i) {
+        std::string block(64 + i * 7 % 400, '\0');
         for (char& byte : block)
             byte = static_cast<char>((state = state * 1103515245u + 12345u) >> 24);
         inputs.push_back({"generated " + std::to_string(i), block});
