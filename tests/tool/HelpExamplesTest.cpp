@@ -29,7 +29,7 @@ TEST_F(Tool, EveryExampleOfEveryHelpRunsAsWritten)
     std::filesystem::create_directory(folder);
     std::size_t run = 0;
     for (const char* command : {"sample", "list", "check", "verify", "extract", "export", "create", "import",
-                                "replace", "unpack", "pack", "diff", "patch"}) {
+                                "replace", "unpack", "pack", "diff", "patch", "po-export", "po-import"}) {
         const Outcome help = lbx({command, "--help"});
         const std::vector<std::string> examples = examplesOf(help.out);
         EXPECT_FALSE(examples.empty()) << command;

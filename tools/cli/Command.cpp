@@ -68,6 +68,45 @@ PaletteLookup paletteLookup(const std::string& palettes, const std::string& entr
     return lookup;
 }
 
+void charsetOption(CLI::App& command, std::string& option, const std::string& what)
+{
+    command.add_option("--charset", option,
+                       what + ": CP437, the DOS code page the game's fonts follow, or a table file of HEX=text lines "
+                              "in UTF-8")
+        ->type_name("NAME|FILE.tbl");
+}
+
+Charset charsetOf(const std::string& option)
+{
+    if (option.empty() || upperCase(option) == Charset::CODE_PAGE_437)
+        return Charset::codePage437();
+    return charsetNamed(option, readBytes(option));
+}
+
+void fontOption(CLI::App& command, std::string& option)
+{
+    command.add_option("--font", option,
+                       "Measure strings with the glyph widths of font N (0 to 5) of entry ENTRY of a font archive")
+        ->type_name("FONTS.LBX:ENTRY:N");
+}
+
+std::unique_ptr<FontMeasure> fontOf(const std::string& option)
+{
+    if (option.empty())
+        return nullptr;
+    const std::size_t last = option.rfind(':');
+    const std::size_t middle = last == std::string::npos || last == 0 ? std::string::npos : option.rfind(':', last - 1);
+    if (middle == std::string::npos || middle == 0 || !smallNumber(option.substr(middle + 1, last - middle - 1)) ||
+        !smallNumber(option.substr(last + 1)))
+        throw UsageError("--font takes FONTS.LBX:ENTRY:N, such as FONTS.LBX:0:2, not '" + option + "'");
+    const std::string path = option.substr(0, middle);
+    const unsigned int entry = static_cast<unsigned int>(std::stoul(option.substr(middle + 1, last - middle - 1)));
+    const unsigned int font = static_cast<unsigned int>(std::stoul(option.substr(last + 1)));
+    requireRegularFile(path);
+    const std::unique_ptr<Content> content = readEntry(path, entry);
+    return std::make_unique<FontMeasure>(fontMeasure(*content, font, option));
+}
+
 void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<std::string>& archives,
                              std::vector<unsigned int>& indices)
 {

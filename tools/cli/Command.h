@@ -3,7 +3,9 @@
 
 #include "archive/File.h"
 #include "entry/Content.h"
+#include "tools/modding/Charset.h"
 #include "tools/modding/PaletteSource.h"
+#include "tools/modding/Translation.h"
 #include "tools/platform/SafeWrite.h"
 
 #include <CLI/CLI.hpp>
@@ -42,6 +44,16 @@ void jobsOption(CLI::App& command, unsigned int& jobs);
 void palettesOption(CLI::App& command, std::string& path);
 // The lookup of palette sources that --palettes and -p name.
 PaletteLookup paletteLookup(const std::string& palettes, const std::string& entry = "");
+
+// --charset NAME|FILE.tbl: the characters text tables' bytes stand for.
+void charsetOption(CLI::App& command, std::string& option, const std::string& what);
+// The charset the option names: the built-in CP437 by name, or a table file.
+Charset charsetOf(const std::string& option);
+
+// --font FONTS.LBX:ENTRY:N: the font strings are measured in.
+void fontOption(CLI::App& command, std::string& option);
+// The font the option names; none when it is empty.
+std::unique_ptr<FontMeasure> fontOf(const std::string& option);
 
 // extract and export take archives and entry numbers in one list: an
 // argument of digits alone is an entry of every archive (write ./12 for a

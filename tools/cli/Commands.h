@@ -21,6 +21,8 @@ void addUnpack(CLI::App& app, int& status);
 void addPack(CLI::App& app, int& status);
 void addDiff(CLI::App& app, int& status);
 void addPatch(CLI::App& app, int& status);
+void addPoExport(CLI::App& app, int& status);
+void addPoImport(CLI::App& app, int& status);
 void addSample(CLI::App& app, int& status);
 
 } // namespace lbxtool

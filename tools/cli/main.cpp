@@ -20,8 +20,8 @@ namespace {
 using namespace lbxtool;
 
 // In the order `lbx --help` lists them.
-const AddCommand COMMANDS[] = {addList,   addCheck,  addExtract, addVerify, addCreate, addReplace,
-                               addExport, addImport, addUnpack,  addPack,   addDiff,   addPatch,  addSample};
+const AddCommand COMMANDS[] = {addList,   addCheck, addExtract, addVerify,   addCreate,   addReplace, addExport, addImport,
+                               addUnpack, addPack,  addDiff,    addPatch,    addPoExport, addPoImport, addSample};
 
 // The parser's failures as one line that names the problem and where help is.
 std::string usageProblem(const CLI::ParseError& e, const std::string& first)

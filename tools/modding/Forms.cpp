@@ -285,6 +285,16 @@ std::vector<std::string> recordsOfFile(const std::string& text, const std::strin
     return forms::recordsOfFile(text, path);
 }
 
+std::size_t recordRoom(unsigned int length)
+{
+    return forms::endsEveryRecord(length) ? length - 1 : length;
+}
+
+Content* tableOfLength(const std::vector<std::string>& records, unsigned int length)
+{
+    return forms::tableOfLength(records, length);
+}
+
 namespace {
 
 // An unedited form packs without a word: whatever pack would say of it is

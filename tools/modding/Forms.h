@@ -67,6 +67,15 @@ std::unique_ptr<Content> entryFromForm(const Json& manifest, const PackPlace& pl
 // for: a line each, unescaped; throws naming the line that is not one.
 std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path);
 
+// How many bytes a string may have in a text table of records of `length`:
+// one less than the length at the lengths the library chooses, whose
+// records keep a zero behind every string, the length itself at any other.
+std::size_t recordRoom(unsigned int length);
+
+// A text table of `records` at records of `length`, laid out as the
+// library's own create lays out the length it chooses; the caller owns it.
+Content* tableOfLength(const std::vector<std::string>& records, unsigned int length);
+
 // The files an entry's form consists of: those pack reads, and the views.
 std::vector<std::string> formFiles(const Json& manifest, const ManifestPlace& place);
 std::vector<std::string> viewFiles(const Json& manifest);
