@@ -75,7 +75,7 @@ TEST(Charset, ATableFileMapsBytesToItsLetters)
     EXPECT_EQ(charset.decode("\x80\x81 \x82\x83\x84\x85\x01"), "\xD0\x90\xD0\x91 \xD0\xA9th\xC3\xA9\\x01");
     EXPECT_EQ(charset.encode("\xD0\x90\xD0\x91 \xD0\xA9th\xC3\xA9"), "\x80\x81 \x82\x83\x84\x85");
     // Bytes the table does not map, or only as part of a longer one, come back.
-    for (const std::string bytes : {std::string("\x82\x82\x83\x83"), everyByte()})
+    for (const std::string& bytes : {std::string("\x82\x82\x83\x83"), everyByte()})
         EXPECT_EQ(charset.encode(charset.decode(bytes)), bytes);
 }
 
@@ -85,7 +85,7 @@ TEST(Charset, BytesThatWouldReadBackAsOthersAreEscaped)
     // composes with the letter before it.
     const Charset charset =
         Charset::fromTable("61=a\n62=b\n80=ab\n81=\xCC\x81\n65=e\n82=\xC3\xA9\n83=a\n", "x.tbl", "x.tbl");
-    for (const std::string bytes : {std::string("ab"), std::string("e\x81"), std::string("\x83"), std::string("a\x80")})
+    for (const std::string& bytes : {std::string("ab"), std::string("e\x81"), std::string("\x83"), std::string("a\x80")})
         EXPECT_EQ(charset.encode(charset.decode(bytes)), bytes) << charset.decode(bytes);
     EXPECT_EQ(charset.decode("\x83"), "\\x83");
 }

@@ -42,8 +42,9 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
     auto archive = std::make_unique<File>();
     const auto compute = [&](std::size_t i) {
         const unsigned int index = static_cast<unsigned int>(i);
-        packed[i] = packEntry(plan, index, {{manifestPath, static_cast<int>(index)}, read, folder, options.rules, warnings},
-                              target);
+        packed[i] = packEntry(
+            plan, index,
+            {{manifestPath, static_cast<int>(index)}, read, folder, options.rules, warnings, plan.charset.get()}, target);
     };
     const auto deliver = [&](std::size_t i, const Outcome& outcome) {
         outcome.said.say();

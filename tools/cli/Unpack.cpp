@@ -28,6 +28,7 @@ struct UnpackOptions {
     std::string folder = ".";
     bool force = false;   // write into a folder that already holds files
     std::string palettes; // where the game's archives are; empty: beside each archive
+    std::string charset;  // what text tables' files are in; empty: the text escape
     unsigned int jobs = 0;
 };
 
@@ -91,6 +92,8 @@ public:
         : options(options), lookup(paletteLookup(options.palettes)), writer(writer), files(writer),
           existing(replaceIf(options.force)), folders(options.archives.size())
     {
+        if (!options.charset.empty())
+            charset = std::make_unique<Charset>(charsetOf(options.charset));
     }
 
     std::size_t plan(std::size_t a) override
@@ -111,7 +114,7 @@ public:
         const std::string header = headerArea(opened->path);
         opened->palettes = std::make_unique<PaletteSource>(*opened->archive, lookup, files, warnings);
         opened->entries.resize(entries);
-        opened->manifest = archiveManifest(*opened->archive, opened->path, header);
+        opened->manifest = archiveManifest(*opened->archive, opened->path, header, charset.get());
         return opened;
     }
 
@@ -124,7 +127,7 @@ public:
     void work(UnpackedArchive& opened, std::size_t i) override
     {
         opened.entries[i] = unpackEntry(*opened.archive, opened.path, static_cast<unsigned int>(i),
-                                        fs::path(opened.folder).filename().string(), *opened.palettes);
+                                        fs::path(opened.folder).filename().string(), *opened.palettes, charset.get());
     }
 
     void deliver(UnpackedArchive& opened, std::size_t i) override
@@ -171,12 +174,14 @@ private:
     Existing existing;
     StemNames stems;
     std::vector<std::string> folders;
+    std::unique_ptr<Charset> charset;
 };
 
 int unpack(const UnpackOptions& options)
 {
     SafeWriter writer;
     writer.protect(options.archives);
+    writer.protect({options.charset}); // a table file, when it names one
     Unpacking unpacking(options, writer);
     return forEachArchive(options.jobs, options.archives, unpacking);
 }
@@ -193,8 +198,11 @@ void addUnpack(CLI::App& app, int& status)
     command->add_flag("--force", options->force,
                       "Write into a DIR/STEM/ that already holds files, replacing those an earlier unpack wrote");
     palettesOption(*command, options->palettes);
+    charsetOption(*command, options->charset,
+                  "Write text tables' files in these characters, named in archive.json (default: the text escape)");
     jobsOption(*command, options->jobs);
-    examples(*command, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mods");
+    examples(*command, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mods\n"
+                       "  lbx unpack demo/STARNAME.LBX -o letters --charset cp437");
     define(*command, status, [options] { return unpack(*options); });
 }
 

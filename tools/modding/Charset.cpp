@@ -38,7 +38,7 @@ constexpr unsigned char FIRST_PRINTABLE = 0x20;
 std::string utf8(char32_t point)
 {
     uint8_t buffer[6];
-    const int length = u32_uctomb(buffer, static_cast<ucs4_t>(point), sizeof buffer);
+    const int length = u8_uctomb(buffer, static_cast<ucs4_t>(point), sizeof buffer);
     return std::string(reinterpret_cast<const char*>(buffer), length > 0 ? static_cast<std::size_t>(length) : 0);
 }
 
@@ -73,6 +73,11 @@ CharsetError::CharsetError(const std::string& what, std::size_t column)
 }
 
 const char* const Charset::CODE_PAGE_437 = "CP437";
+
+std::size_t columnOf(const std::string& text, std::size_t byte)
+{
+    return byte >= text.size() ? 1 : characters(text, byte) + 1;
+}
 
 bool validUtf8(const std::string& text)
 {

@@ -79,6 +79,10 @@ private:
 // UTF-8.
 std::string composed(const std::string& text);
 
+// The column, counted in characters from 1, where byte `byte` of the UTF-8
+// `text` stands; 1 when it is past the end.
+std::size_t columnOf(const std::string& text, std::size_t byte);
+
 // Whether `text` is valid UTF-8.
 bool validUtf8(const std::string& text);
 

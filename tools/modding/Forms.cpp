@@ -131,7 +131,7 @@ EntryForm text(Content* entry, const UnpackPlace& place)
     form.manifest[key::RECORDS] = records.size();
     form.manifest[key::RECORD_LENGTH] = entry->text()->read2(RECORD_LENGTH_OFFSET);
     form.manifest[key::RECORD_HASHES] = hashesOf(records);
-    form.files[name] = escapedLines(records);
+    form.files[name] = linesOfRecords(records, place.charset);
     return form;
 }
 
@@ -164,19 +164,21 @@ bool endsEveryRecord(unsigned int length)
 
 // The records a table's file stands for, a line each; a line the game would
 // read otherwise than it stands is refused where it stands.
-std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path)
+std::vector<std::string> recordsOfLines(const std::string& text, const std::string& path, const Charset* charset)
 {
     std::vector<std::string> records;
     for (const std::string& line : textLines(text)) {
         const std::string where = "'" + path + "' line " + std::to_string(records.size() + 1) + ": ";
         try {
-            records.push_back(unescapeText(line));
+            records.push_back(charset != nullptr ? charset->encode(line) : unescapeText(line));
         } catch (const std::runtime_error& e) {
             throw std::runtime_error(where + e.what());
         }
         const std::size_t zero = records.back().find('\0');
+        const std::size_t column =
+            charset != nullptr ? columnOf(line, line.find("\\x00")) : lineColumn(line, zero);
         if (zero != std::string::npos)
-            throw std::runtime_error(where + "\\x00 at column " + std::to_string(lineColumn(line, zero)) +
+            throw std::runtime_error(where + "\\x00 at column " + std::to_string(column) +
                                      " would end the record there, as the game reads up to a zero byte; take it out");
     }
     return records;
@@ -186,7 +188,7 @@ std::unique_ptr<Content> textFrom(const Json& manifest, const PackPlace& place)
 {
     const std::string name = fileName(manifest, key::FILE, place.manifest);
     const std::string path = place.pathOf(name);
-    std::vector<std::string> records = recordsOfFile(place.read(name), path);
+    std::vector<std::string> records = recordsOfLines(place.read(name), path, place.charset);
     if (records.size() > LARGEST_FIELD)
         throw std::runtime_error("'" + path + "' has " + std::to_string(records.size()) +
                                  " lines; a table holds at most 65535");
@@ -280,9 +282,19 @@ EntryForm editable(Content* entry, const UnpackPlace& place)
 } // namespace
 } // namespace forms
 
-std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path)
+std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path, const Charset* charset)
 {
-    return forms::recordsOfFile(text, path);
+    return forms::recordsOfLines(text, path, charset);
+}
+
+std::string linesOfRecords(const std::vector<std::string>& records, const Charset* charset)
+{
+    if (charset == nullptr)
+        return escapedLines(records);
+    std::string lines;
+    for (const std::string& record : records)
+        lines += charset->decode(record) + '\n';
+    return lines;
 }
 
 std::size_t recordRoom(unsigned int length)
@@ -323,7 +335,7 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place)
         strict.strict = true;
         const PackPlace trial{{"unpacked form", static_cast<int>(place.index)},
                               [&form](const std::string& name) { return form.files.at(name); }, "", strict,
-                              refused};
+                              refused, place.charset};
         const std::unique_ptr<Content> rebuilt = entryFromForm(form.manifest, trial);
         if (rebuilt->size() == entry->size() && std::memcmp(rebuilt->data(), entry->data(), entry->size()) == 0) {
             for (const auto& view : form.views)

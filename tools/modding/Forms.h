@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_MODDING_FORMS_H
 
 #include "entry/Content.h"
+#include "tools/modding/Charset.h"
 #include "tools/modding/Manifest.h"
 #include "tools/modding/Warnings.h"
 
@@ -31,6 +32,7 @@ struct UnpackPlace {
     std::string stem; // the names of its files begin with it
     unsigned int index;
     PaletteSource& palettes;
+    const Charset* charset = nullptr; // text tables' lines in it; none: in the text escape
 };
 
 // How pack reaches an entry's files: by name, in the folder; unpack's own
@@ -51,6 +53,7 @@ struct PackPlace {
     std::string folder; // for messages that name a file
     PackRules rules;
     Warnings& warnings; // what the user should know of the entry's files
+    const Charset* charset = nullptr; // what text tables' lines are in; none: the text escape
 
     std::string pathOf(const std::string& name) const;
 };
@@ -64,8 +67,14 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place);
 std::unique_ptr<Content> entryFromForm(const Json& manifest, const PackPlace& place);
 
 // The records that a text table's file `text`, read from `path`, stands
-// for: a line each, unescaped; throws naming the line that is not one.
-std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path);
+// for: a line each, in `charset` or, without one, unescaped; throws naming
+// the line that is not one.
+std::vector<std::string> recordsOfFile(const std::string& text, const std::string& path,
+                                       const Charset* charset = nullptr);
+
+// A text table's records as its file: a line each, in `charset` or, without
+// one, in the text escape.
+std::string linesOfRecords(const std::vector<std::string>& records, const Charset* charset);
 
 // How many bytes a string may have in a text table of records of `length`:
 // one less than the length at the lengths the library chooses, whose

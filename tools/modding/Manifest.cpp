@@ -1,5 +1,6 @@
 #include "tools/modding/Manifest.h"
 
+#include "tools/modding/Charset.h"
 #include "tools/modding/Shapes.h"
 #include "tools/modding/TextEscape.h"
 
@@ -138,6 +139,21 @@ std::vector<std::string> fileNames(const Json& object, const char* key, const Ma
         names.push_back(item.get<std::string>());
     }
     return names;
+}
+
+Charset manifestCharset(const Json& manifest, const ManifestPlace& place)
+{
+    const std::string name = text(manifest, key::CHARSET, place);
+    if (!manifest.contains(key::CHARSET_TABLE)) {
+        if (name != Charset::CODE_PAGE_437)
+            throw place.problem("'charset' " + name + " is not built in, and 'charsetTable' is missing");
+        return Charset::codePage437();
+    }
+    try {
+        return Charset::fromTable(text(manifest, key::CHARSET_TABLE, place), name, key::CHARSET_TABLE);
+    } catch (const std::runtime_error& e) {
+        throw place.problem(e.what());
+    }
 }
 
 std::string hexColours(const unsigned char* palette)

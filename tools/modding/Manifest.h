@@ -27,6 +27,10 @@ constexpr const char* TAGGED = "tagged";
 constexpr const char* HEADER = "header";
 constexpr const char* COUNT = "count";
 constexpr const char* ENTRIES = "entries";
+// The charset that text tables' files are in, when unpack was given one:
+// its name, and a table file's lines (the built-in one has none).
+constexpr const char* CHARSET = "charset";
+constexpr const char* CHARSET_TABLE = "charsetTable";
 // Each entry: its kind and its files, what the library says it is, a
 // fingerprint of its bytes, its place, and a fingerprint of each file as
 // written.
@@ -95,6 +99,11 @@ std::vector<unsigned int> numbers(const Json& object, const char* key, std::size
 // A list of file names; each must name a file in the folder itself.
 std::vector<std::string> fileNames(const Json& object, const char* key, const ManifestPlace& place);
 std::string fileName(const Json& object, const char* key, const ManifestPlace& place);
+
+// The charset the manifest's archive-level fields name; throws naming the
+// field when they name none.
+class Charset;
+Charset manifestCharset(const Json& manifest, const ManifestPlace& place);
 
 // 256 colours of a palette array as 1536 hex digits, red, green, blue each.
 std::string hexColours(const unsigned char* palette);

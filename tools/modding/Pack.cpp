@@ -86,7 +86,7 @@ std::vector<unsigned int> changedRecords(const Json& described, const std::strin
 {
     const std::vector<std::string> before = splitHashes(described.value(key::RECORD_HASHES, ""));
     const std::vector<std::string> records =
-        recordsOfFile(text, place.pathOf(fileName(described, key::FILE, place.manifest)));
+        recordsOfFile(text, place.pathOf(fileName(described, key::FILE, place.manifest)), place.charset);
     std::vector<unsigned int> changed;
     for (unsigned int r = 0; r < records.size(); ++r)
         if (r >= before.size() || hashOf(records[r]) != before[r])
@@ -138,9 +138,11 @@ std::string changedParts(const Json& described, const std::map<std::string, std:
 PackPlan planPack(const Json& manifest, const std::string& manifestPath)
 {
     const ManifestPlace top{manifestPath};
-    PackPlan plan{fileName(manifest, key::ARCHIVE, top), &member(manifest, key::ENTRIES, top)};
+    PackPlan plan{fileName(manifest, key::ARCHIVE, top), &member(manifest, key::ENTRIES, top), nullptr};
     if (!plan.entries->is_array() || plan.entries->size() > LARGEST_ARCHIVE)
         throw top.problem("'entries' must be a list of at most 509 entries");
+    if (manifest.contains(key::CHARSET))
+        plan.charset = std::make_shared<const Charset>(manifestCharset(manifest, top));
     return plan;
 }
 
@@ -185,7 +187,7 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
                                     text = bytes;
                                 return bytes;
                             },
-                            place.folder, place.rules, place.warnings};
+                            place.folder, place.rules, place.warnings, place.charset};
     packed.entry = entryFromForm(described, reading);
     Content* entry = packed.entry.get();
     // An entry new to the archive is told as added, not as changed.

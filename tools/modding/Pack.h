@@ -17,6 +17,7 @@ namespace lbxtool {
 struct PackPlan {
     std::string archive; // its file name
     const Json* entries; // the manifest's entries, in order
+    std::shared_ptr<const Charset> charset; // what text tables' files are in; none: the text escape
 };
 
 // What the manifest read from `manifestPath` says of the archive; throws a

@@ -11,10 +11,10 @@
 namespace lbxtool {
 
 UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
-                          PaletteSource& palettes)
+                          PaletteSource& palettes, const Charset* charset)
 {
     Content* entry = archive.at(index);
-    EntryForm form = editableForm(entry, {stem, index, palettes});
+    EntryForm form = editableForm(entry, {stem, index, palettes, charset});
     UnpackedEntry done;
     form.manifest[key::SHAPE] = shapeOf(entry);
     form.manifest[key::HASH] = hashOf(std::string(entry->data(), entry->size()));
@@ -30,13 +30,18 @@ UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int i
     return done;
 }
 
-Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea)
+Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea, const Charset* charset)
 {
     Json manifest;
     manifest[key::ARCHIVE] = std::filesystem::path(path).filename().string();
     manifest[key::TAGGED] = archive.tagged();
     manifest[key::HEADER] = hashOf(withoutOffsets(headerArea, archive.size()));
     manifest[key::COUNT] = archive.size();
+    if (charset != nullptr) {
+        manifest[key::CHARSET] = charset->name();
+        if (!charset->builtIn())
+            manifest[key::CHARSET_TABLE] = charset->table();
+    }
     manifest[key::ENTRIES] = Json::array();
     return manifest;
 }

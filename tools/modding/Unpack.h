@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_MODDING_UNPACK_H
 
 #include "archive/File.h"
+#include "tools/modding/Charset.h"
 #include "tools/modding/Manifest.h"
 #include "tools/modding/PaletteSource.h"
 
@@ -25,11 +26,13 @@ struct UnpackedEntry {
 // Entry `index` of the archive at `path`, its files named after `stem`, its
 // colours from `palettes`.
 UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
-                          PaletteSource& palettes);
+                          PaletteSource& palettes, const Charset* charset = nullptr);
 
 // The manifest's own fields for the archive at `path`, whose header area
-// holds `headerArea`; its entries follow in order.
-Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea);
+// holds `headerArea`, and the charset of its text files when there is one;
+// its entries follow in order.
+Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea,
+                     const Charset* charset = nullptr);
 
 } // namespace lbxtool
 
