@@ -257,3 +257,53 @@ TEST_F(Translate, ATranslationWiderThanItsOriginalIsSaid)
                                 "in font " + font + "\n");
     EXPECT_TRUE(fs::exists(dir.path("out/STARNAME.LBX")));
 }
+
+namespace {
+
+class UnpackInACharset : public Tool {};
+
+} // namespace
+
+TEST_F(UnpackInACharset, TextFilesHoldLettersThatPackReadsBack)
+{
+    const std::string star = sample("STARNAME.LBX"), folder = dir.path("mod/STARNAME");
+    ASSERT_EQ(lbx({"unpack", star, "-o", dir.path("plain")}).status, 0);
+    EXPECT_EQ(readFile(dir.path("plain/STARNAME/archive.json")).find("\"charset\""), std::string::npos)
+        << "without --charset, a folder is as it always was";
+    ASSERT_EQ(lbx({"unpack", star, "-o", dir.path("mod"), "--charset", "cp437"}).status, 0);
+    EXPECT_NE(readFile(folder + "/archive.json").find("\"charset\": \"CP437\",\n"), std::string::npos);
+    Outcome packed = lbx({"pack", folder, "-o", dir.path("same.LBX")});
+    ASSERT_EQ(packed.status, 0) << packed.err;
+    EXPECT_TRUE(readFile(dir.path("same.LBX")) == readFile(star));
+
+    dir.file("mod/STARNAME/STARNAME_000.txt", "Sol\nV\xC3\xA9ga\nRigel\nDeneb\nAltair\nMira\nPolaris\nSirius\n");
+    packed = lbx({"pack", folder, "-o", dir.path("fr.LBX")});
+    ASSERT_EQ(packed.status, 0) << packed.err;
+    EXPECT_NE(packed.out.find("; record 1\n"), std::string::npos) << packed.out;
+    EXPECT_EQ(File(dir.path("fr.LBX"))[0]->text()->get(1), "V\x82ga");
+
+    dir.file("mod/STARNAME/STARNAME_000.txt", "Sol\nV\xD0\x96ga\nRigel\nDeneb\nAltair\nMira\nPolaris\nSirius\n");
+    packed = lbx({"pack", folder, "-o", dir.path("ru.LBX")});
+    EXPECT_EQ(packed.status, 1);
+    EXPECT_EQ(packed.err, "lbx: '" + folder + "/STARNAME_000.txt' line 2: '\xD0\x96' (U+0416) is not in the charset "
+                          "CP437 at column 2\n");
+    EXPECT_FALSE(fs::exists(dir.path("ru.LBX")));
+}
+
+TEST_F(UnpackInACharset, ATableTravelsInTheManifest)
+{
+    const std::string table = dir.file("greek.tbl", "C1=\xCE\x91\n20= \n53=S\n6F=o\n6C=l\n");
+    const std::string star = sample("STARNAME.LBX"), folder = dir.path("mod/STARNAME");
+    ASSERT_EQ(lbx({"unpack", star, "-o", dir.path("mod"), "--charset", table}).status, 0);
+    const std::string manifest = readFile(folder + "/archive.json");
+    EXPECT_NE(manifest.find("\"charset\": \"greek.tbl\",\n  \"charsetTable\": \"C1="), std::string::npos) << manifest;
+    EXPECT_EQ(readFile(folder + "/STARNAME_000.txt").substr(0, 12), "Sol\n\\x56\\x65");
+    dir.file("mod/STARNAME/STARNAME_000.txt",
+             "Sol \xCE\x91\n" + readFile(folder + "/STARNAME_000.txt").substr(4));
+    fs::remove(table); // the manifest holds it
+    const Outcome packed = lbx({"pack", folder, "-o", dir.path("gr.LBX")});
+    ASSERT_EQ(packed.status, 0) << packed.err;
+    File archive(dir.path("gr.LBX"));
+    EXPECT_EQ(archive[0]->text()->get(0), "Sol \xC1");
+    EXPECT_EQ(archive[0]->text()->get(1), "Vega");
+}
