@@ -122,7 +122,8 @@ std::string poText(const std::vector<PoEntry>& entries)
             }
             text += '\n';
         }
-        if (entry.fuzzy)
+        // gettext keeps no fuzzy mark on an entry with nothing translated.
+        if (entry.fuzzy && !entry.str.empty())
             text += "#, fuzzy\n";
         if (entry.hasContext)
             text += poString("msgctxt", entry.context);
