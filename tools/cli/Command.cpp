@@ -90,21 +90,55 @@ void fontOption(CLI::App& command, std::string& option)
         ->type_name("FONTS.LBX:ENTRY:N");
 }
 
-std::unique_ptr<FontMeasure> fontOf(const std::string& option)
+namespace {
+
+// The parts of --font FONTS.LBX:ENTRY:N.
+struct FontOption {
+    std::string path;
+    unsigned int entry, font;
+};
+
+FontOption fontParts(const std::string& option)
 {
-    if (option.empty())
-        return nullptr;
     const std::size_t last = option.rfind(':');
     const std::size_t middle = last == std::string::npos || last == 0 ? std::string::npos : option.rfind(':', last - 1);
     if (middle == std::string::npos || middle == 0 || !smallNumber(option.substr(middle + 1, last - middle - 1)) ||
         !smallNumber(option.substr(last + 1)))
         throw UsageError("--font takes FONTS.LBX:ENTRY:N, such as FONTS.LBX:0:2, not '" + option + "'");
-    const std::string path = option.substr(0, middle);
-    const unsigned int entry = static_cast<unsigned int>(std::stoul(option.substr(middle + 1, last - middle - 1)));
-    const unsigned int font = static_cast<unsigned int>(std::stoul(option.substr(last + 1)));
-    requireRegularFile(path);
-    const std::unique_ptr<Content> content = readEntry(path, entry);
-    return std::make_unique<FontMeasure>(fontMeasure(*content, font, option));
+    return {option.substr(0, middle), static_cast<unsigned int>(std::stoul(option.substr(middle + 1, last - middle - 1))),
+            static_cast<unsigned int>(std::stoul(option.substr(last + 1)))};
+}
+
+} // namespace
+
+std::unique_ptr<FontMeasure> fontOf(const std::string& option)
+{
+    if (option.empty())
+        return nullptr;
+    const FontOption parts = fontParts(option);
+    requireRegularFile(parts.path);
+    const std::unique_ptr<Content> content = readEntry(parts.path, parts.entry);
+    return std::make_unique<FontMeasure>(fontMeasure(*content, parts.font, option));
+}
+
+TranslatedArchives translatedArchives(const std::vector<std::string>& paths)
+{
+    TranslatedArchives opened;
+    for (const std::string& path : paths) {
+        requireRegularFile(path);
+        opened.files.push_back(openArchive(path));
+        opened.archives.push_back({path, opened.files.back().get()});
+    }
+    return opened;
+}
+
+std::vector<std::string> translationInputs(std::vector<std::string> files, const std::string& charset,
+                                           const std::string& font)
+{
+    files.push_back(charset); // a table file; a name that is no file is passed over
+    if (!font.empty())
+        files.push_back(fontParts(font).path);
+    return files;
 }
 
 void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<std::string>& archives,

@@ -55,6 +55,19 @@ void fontOption(CLI::App& command, std::string& option);
 // The font the option names; none when it is empty.
 std::unique_ptr<FontMeasure> fontOf(const std::string& option);
 
+// The archives that po-export and po-import work on, opened, each beside its
+// path.
+struct TranslatedArchives {
+    std::vector<std::unique_ptr<File>> files;
+    std::vector<TranslatedArchive> archives;
+};
+TranslatedArchives translatedArchives(const std::vector<std::string>& paths);
+
+// What a translation command reads besides `files`: the charset's table and
+// the font's archive, which no write may land on.
+std::vector<std::string> translationInputs(std::vector<std::string> files, const std::string& charset,
+                                           const std::string& font);
+
 // extract and export take archives and entry numbers in one list: an
 // argument of digits alone is an entry of every archive (write ./12 for a
 // file named 12).

@@ -25,18 +25,10 @@ int poExport(const PoExportOptions& options)
 {
     const Charset charset = charsetOf(options.charset);
     const std::unique_ptr<FontMeasure> font = fontOf(options.font);
-    std::vector<std::unique_ptr<File>> opened;
-    std::vector<TranslatedArchive> archives;
-    for (const std::string& path : options.archives) {
-        requireRegularFile(path);
-        opened.push_back(openArchive(path));
-        archives.push_back({path, opened.back().get()});
-    }
+    const TranslatedArchives opened = translatedArchives(options.archives);
+    const std::vector<TranslatedArchive>& archives = opened.archives;
     SafeWriter writer;
-    std::vector<std::string> inputs = options.archives;
-    if (!options.charset.empty() && !charset.builtIn())
-        inputs.push_back(options.charset);
-    writer.protect(inputs);
+    writer.protect(translationInputs(options.archives, options.charset, options.font));
     writer.check(options.output, replaceIf(options.force));
     const std::string text = poTemplate(archives, charset, font.get());
     writer.writeBytes(options.output, text, replaceIf(options.force));

@@ -38,6 +38,9 @@ std::vector<std::string> targets(const PoImportOptions& options)
                        (upper.size() > 4 && upper.compare(upper.size() - 4, 4, ".LBX") == 0));
     if (file)
         return {options.output};
+    if (upper.size() > 4 && upper.compare(upper.size() - 4, 4, ".LBX") == 0 && !fs::is_directory(options.output, error))
+        throw UsageError("-o " + options.output + " names one archive, and " + std::to_string(options.archives.size()) +
+                         " are given; name a folder to write them into");
     std::vector<std::string> paths;
     for (const std::string& archive : options.archives)
         paths.push_back(inFolder(options.output, fs::path(archive).filename().string()));
@@ -49,21 +52,12 @@ int poImport(const PoImportOptions& options)
     const Charset charset = charsetOf(options.charset);
     const std::unique_ptr<FontMeasure> font = fontOf(options.font);
     requireRegularFile(options.po);
-    std::vector<std::unique_ptr<File>> opened;
-    std::vector<TranslatedArchive> archives;
-    for (const std::string& path : options.archives) {
-        requireRegularFile(path);
-        opened.push_back(openArchive(path));
-        archives.push_back({path, opened.back().get()});
-    }
+    const TranslatedArchives opened = translatedArchives(options.archives);
+    const std::vector<TranslatedArchive>& archives = opened.archives;
     SafeWriter writer;
-    std::vector<std::string> inputs = options.archives;
-    inputs.push_back(options.po);
-    if (!charset.builtIn())
-        inputs.push_back(options.charset);
-    if (!options.font.empty())
-        inputs.push_back(options.font.substr(0, options.font.rfind(':', options.font.rfind(':') - 1)));
-    writer.protect(inputs);
+    std::vector<std::string> read = options.archives;
+    read.push_back(options.po);
+    writer.protect(translationInputs(read, options.charset, options.font));
     const std::vector<std::string> to = targets(options);
     const Existing existing = replaceIf(options.force);
     for (const std::string& target : to)
