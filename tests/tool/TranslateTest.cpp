@@ -151,6 +151,9 @@ TEST_F(Translate, StarNamesInFrenchGoInAndShowInExport)
     ASSERT_EQ(lbx({"export", out, "-o", dir.path("shown")}).status, 0);
     EXPECT_EQ(readFile(dir.path("shown/STARNAME_000.txt")),
               "Sol\nV\\x82ga\nRigel\nD\\x82n\\x82\nAlta\\x8Br\nMira\nPolaris\nSirius l'\\x82toile\n");
+    ASSERT_EQ(lbx({"export", out, "-o", dir.path("letters"), "--charset", "cp437"}).status, 0);
+    EXPECT_EQ(readFile(dir.path("letters/STARNAME_000.txt")),
+              "Sol\nV\xC3\xA9ga\nRigel\nD\xC3\xA9n\xC3\xA9\nAlta\xC3\xAFr\nMira\nPolaris\nSirius l'\xC3\xA9toile\n");
     // And out again, the accents as the translator typed them.
     ASSERT_EQ(lbx({"po-export", out, "-o", dir.path("again.pot")}).status, 0);
     EXPECT_NE(readFile(dir.path("again.pot")).find("msgid \"D\xC3\xA9n\xC3\xA9\"\n"), std::string::npos);

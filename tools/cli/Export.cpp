@@ -26,6 +26,7 @@ struct ExportOptions {
     std::string folder = ".";
     std::string palette;  // ARCHIVE:INDEX, or empty for the game's own sources
     std::string palettes; // where the game's archives are; empty: beside each archive
+    std::string charset;  // what text tables are written in; empty: the text escape
     bool html = false;
     bool force = false; // replace files that are in the way
     unsigned int jobs = 0;
@@ -55,6 +56,8 @@ public:
         : options(options), lookup(paletteLookup(options.palettes, options.palette)),
           existing(replaceIf(options.force)), writer(writer), files(writer), stems(options.archives.size())
     {
+        if (!options.charset.empty())
+            charset = std::make_unique<Charset>(charsetOf(options.charset));
     }
 
     std::size_t plan(std::size_t a) override
@@ -99,7 +102,7 @@ public:
     {
         if (opened.palettes)
             opened.entries[k] = exportEntry(*opened.archive, opened.path, opened.indices[k], opened.stem,
-                                            options.folder, *opened.palettes);
+                                            options.folder, *opened.palettes, charset.get());
     }
 
     // A file that cannot be written ends the entry there, as a failure to
@@ -152,6 +155,7 @@ private:
     TerminalWarnings warnings;
     StemNames names;
     std::vector<std::string> stems;
+    std::unique_ptr<Charset> charset;
 };
 
 int exportEntries(ExportOptions& options)
@@ -181,11 +185,13 @@ void addExport(CLI::App& app, int& status)
     command->add_option("-p,--palette", options->palette,
                         "Take the palette from ARCHIVE:INDEX instead of the game's own sources");
     palettesOption(*command, options->palettes);
+    charsetOption(*command, options->charset, "Write text tables' .txt files in these characters (default: the text escape)");
     command->add_flag("--html", options->html, "Also write an index.html gallery");
     command->add_flag("--force", options->force, "Replace files of the same names in the folder");
     jobsOption(*command, options->jobs);
     examples(*command, "  lbx export demo/INBOX.LBX --html -o gallery\n"
-                       "  lbx export demo/INBOX.LBX 1 -p demo/FONTS.LBX:2 -o out");
+                       "  lbx export demo/INBOX.LBX 1 -p demo/FONTS.LBX:2 -o out\n"
+                       "  lbx export demo/STARNAME.LBX --charset cp437 -o letters");
     define(*command, status, [options] { return exportEntries(*options); });
 }
 

@@ -7,6 +7,7 @@
 #include "tools/modding/Png.h"
 #include "tools/modding/Shapes.h"
 #include "tools/modding/Sheets.h"
+#include "tools/modding/Forms.h"
 #include "tools/modding/TextEscape.h"
 
 
@@ -47,8 +48,9 @@ public:
     }
 
     // One string a line, escaped so that any byte survives the way back and
-    // the file, like the gallery's preview, is plain text.
-    void text(const EntryView& view) { made(names.file, escapedLines(view.rows)); }
+    // the file, like the gallery's preview, is plain text; in a charset, the
+    // letters it stands for.
+    void text(const EntryView& view, const Charset* charset) { made(names.file, linesOfRecords(view.rows, charset)); }
 
     void font(Content::Font* font, const EntryView& view)
     {
@@ -144,7 +146,7 @@ ExportedNames exportNames(Content* entry, const std::string& stem, unsigned int 
 }
 
 ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
-                          const std::string& folder, PaletteSource& palettes)
+                          const std::string& folder, PaletteSource& palettes, const Charset* charset)
 {
     ExportedEntry done;
     done.view = headingOf(archive, path, index);
@@ -157,7 +159,7 @@ ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int i
         switch (entry->type()) {
         case Content::GRAPHIC: exporter.graphic(entry->graphic(), palette.get(), view); break;
         case Content::CURSOR: exporter.cursor(entry->cursor()); break;
-        case Content::TEXT: exporter.text(view); break;
+        case Content::TEXT: exporter.text(view, charset); break;
         case Content::FONT: exporter.font(entry->font(), view); break;
         case Content::SOUND: exporter.sound(entry); break;
         default: break;

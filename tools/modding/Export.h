@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_MODDING_EXPORT_H
 
 #include "archive/File.h"
+#include "tools/modding/Charset.h"
 #include "tools/modding/EntryView.h"
 #include "tools/modding/PaletteSource.h"
 
@@ -52,9 +53,10 @@ struct ExportedEntry {
 };
 
 // Entry `index` of the archive at `path`, its files named after `stem` for
-// `folder`, graphics in the colours of `palettes`.
+// `folder`, graphics in the colours of `palettes`, text tables in `charset`
+// (none: in the text escape).
 ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
-                          const std::string& folder, PaletteSource& palettes);
+                          const std::string& folder, PaletteSource& palettes, const Charset* charset = nullptr);
 
 } // namespace lbxtool
 
