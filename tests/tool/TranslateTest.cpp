@@ -229,6 +229,10 @@ TEST_F(Translate, EachRefusalNamesTheMsgctxtAndTheLineAndWritesNothing)
                                                   ": a string without its closing quote"},
         {po + "\nmsgctxt \"STARNAME.LBX 0:1\"\nmsgstr \"x\"\n",
          "line " + std::to_string(std::count(po.begin(), po.end(), '\n') + 3) + ": msgstr without msgid before it"},
+        {po + "\nmsgid \"V\xE9ga\"\nmsgstr \"\"\n",
+         "line " + std::to_string(std::count(po.begin(), po.end(), '\n') + 2) + ": not UTF-8; save the file as UTF-8"},
+        {po + "\nmsgid \"Vega\"\nmsgstr \"\"\n", "line " + std::to_string(std::count(po.begin(), po.end(), '\n') + 2) +
+                                                    ": an entry without msgctxt, which names the record it translates"},
         {po + "\nmsgid \"a\"\nmsgid_plural \"b\"\nmsgstr[0] \"\"\n",
          "line " + std::to_string(std::count(po.begin(), po.end(), '\n') + 3) +
              ": plural forms; a text table's records have none"},
@@ -259,6 +263,23 @@ TEST_F(Translate, ATranslationWiderThanItsOriginalIsSaid)
                                 ": msgctxt \"STARNAME.LBX 0:2\": the translation is 69 px wide, its original 27 px, "
                                 "in font " + font + "\n");
     EXPECT_TRUE(fs::exists(dir.path("out/STARNAME.LBX")));
+}
+
+TEST_F(Translate, AMsgidThatIsNoLongerTheRecordIsSaid)
+{
+    const std::string pot = dir.path("s.pot"), star = sample("STARNAME.LBX");
+    ASSERT_EQ(lbx({"po-export", star, "-o", pot}).status, 0);
+    std::string po = translated(readFile(pot), "STARNAME.LBX 0:5", "Mire");
+    po.replace(po.find("msgid \"Mira\""), 12, "msgid \"Myra\"");
+    const std::string file = dir.file("fr.po", po);
+    const Outcome imported = lbx({"po-import", file, star, "-o", dir.path("out")});
+    ASSERT_EQ(imported.status, 0) << imported.err;
+    const std::size_t line = po.find("msgstr \"Mire\"");
+    EXPECT_EQ(imported.err, "lbx: warning: '" + file + "' line " +
+                                std::to_string(std::count(po.begin(), po.begin() + static_cast<std::ptrdiff_t>(line), '\n') + 1) +
+                                ": msgctxt \"STARNAME.LBX 0:5\": the record is \"Mira\" now, not its msgid; translated all the "
+                                "same (msgmerge onto a new template finds such changes)\n");
+    EXPECT_EQ(File(dir.path("out/STARNAME.LBX"))[0]->text()->get(5), "Mire");
 }
 
 namespace {

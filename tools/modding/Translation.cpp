@@ -6,6 +6,7 @@
 #include "tools/modding/Names.h"
 #include "tools/modding/Po.h"
 #include "tools/modding/Shapes.h"
+#include "tools/modding/TextEscape.h"
 
 #include <filesystem>
 #include <map>
@@ -129,6 +130,16 @@ void requireHeader(const PoEntry& header, const std::string& poPath, const Chars
                                  "; give --charset " + exported + " as on export");
 }
 
+// Throws naming the first line of `po` that is not UTF-8.
+void requireUtf8(const std::string& po, const std::string& poPath)
+{
+    const std::vector<std::string> lines = textLines(po);
+    for (std::size_t line = 0; line < lines.size(); ++line)
+        if (!validUtf8(lines[line]))
+            throw std::runtime_error("'" + poPath + "' line " + std::to_string(line + 1) +
+                                     ": not UTF-8; save the file as UTF-8");
+}
+
 } // namespace
 
 unsigned int FontMeasure::width(const std::string& bytes) const
@@ -202,8 +213,7 @@ std::vector<ImportCount> importPo(const std::string& po, const std::string& poPa
                                   const std::vector<TranslatedArchive>& archives, const Charset& charset,
                                   const FontMeasure* font, Warnings& warnings)
 {
-    if (!validUtf8(po))
-        throw std::runtime_error("'" + poPath + "' is not UTF-8; save it as UTF-8");
+    requireUtf8(po, poPath);
     const Records names(archives);
     const std::vector<PoEntry> entries = parsePo(po, poPath);
     // The new records of each table that changes, by archive and entry.
@@ -217,7 +227,7 @@ std::vector<ImportCount> importPo(const std::string& po, const std::string& poPa
             continue;
         }
         if (!entry.hasContext)
-            throw std::runtime_error(at + "msgid \"" + entry.id.substr(0, 20) + "\" has no msgctxt, which names its record");
+            throw std::runtime_error(at + "an entry without msgctxt, which names the record it translates");
         const std::string named = at + quotedContext(entry.context) + " ";
         const auto earlier = seen.emplace(entry.context, entry.line);
         if (!earlier.second)
@@ -252,6 +262,9 @@ std::vector<ImportCount> importPo(const std::string& po, const std::string& poPa
         if (font != nullptr && font->width(bytes) > font->width(original))
             warnings.warn(on + "the translation is " + std::to_string(font->width(bytes)) + " px wide, its original " +
                           std::to_string(font->width(original)) + " px, in font " + font->name);
+        if (entry.id != charset.decode(original))
+            warnings.warn(on + "the record is \"" + charset.decode(original) + "\" now, not its msgid; translated all "
+                               "the same (msgmerge onto a new template finds such changes)");
         ImportCount& count = counts[place.archive];
         ++count.translated;
         if (bytes == original)
