@@ -67,9 +67,11 @@ TEST(Po, ReadingTakesWhatTranslatorsToolsWrite)
     const std::string po = "# translator's note\n#, fuzzy\nmsgid \"\"\nmsgstr \"Content-Type: text/plain; "
                            "charset=UTF-8\\n\"\n\n#. at most 9 bytes\n#: A/A_000.txt:1\n#, fuzzy, c-format\n"
                            "#| msgid \"old\"\nmsgctxt \"A.LBX 0:0\"\nmsgid \"a\\tb\"\nmsgstr \"\"\n\"\\101\\x42\\\"\"\n"
-                           "\n#~ msgctxt \"A.LBX 0:9\"\n#~ msgid \"gone\"\n#~ msgstr \"weg\"\n";
+                           "\n#~ msgctxt \"A.LBX 0:9\"\n#~ msgid \"gone\"\n#~ msgstr \"weg\"\n"
+                           "\n#. at most 9 bytes\nmsgctxt \"A.LBX 0:1\"\nmsgid \"b\"\nmsgstr \"c\"\n";
     const std::vector<PoEntry> entries = parsePo(po, "x.po");
-    ASSERT_EQ(entries.size(), 2u) << "an obsolete entry is no entry";
+    ASSERT_EQ(entries.size(), 3u) << "an obsolete entry is no entry";
+    EXPECT_EQ(entries[2].str, "c") << "the entry behind an obsolete one is one";
     EXPECT_EQ(headerField(entries[0].str, "Content-Type"), "text/plain; charset=UTF-8");
     EXPECT_EQ(entries[1].context, "A.LBX 0:0");
     EXPECT_EQ(entries[1].id, "a\tb");

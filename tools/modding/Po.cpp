@@ -163,8 +163,11 @@ public:
             if (first == std::string::npos)
                 continue; // a blank line
             line = line.substr(first);
+            const bool obsoleteLine = line.compare(0, 2, "#~") == 0;
+            if (obsolete != obsoleteLine)
+                finish(); // an obsolete entry ends where another begins, and is left out
             if (line[0] == '#') {
-                if (line.compare(0, 2, "#~") == 0) {
+                if (obsoleteLine) {
                     if (last == STR)
                         finish();
                     obsolete = any = true;
