@@ -16,6 +16,8 @@ ALLOWED = {
     "tools/parallel": LIBRARY | {"tools/modding", "tools/platform", "tools/parallel"},
     "tools/cli": LIBRARY | {"tools", "CLI", "LbxVersion.h"},
     "web": LIBRARY | {"tools/modding", "tools/render", "emscripten"},
+    # The Python module links the core and nothing of the command line.
+    "python/src": LIBRARY | {"tools/modding", "python/src", "pybind11"},
 }
 for folder in LIBRARY:
     ALLOWED[folder] = set(LIBRARY) | {"Lbx.h"}

@@ -13,14 +13,37 @@ namespace lbxtool {
 
 namespace {
 
-void checkArchive(const std::string& path)
+ArchiveHeader checkedHeader(const std::string& path)
 {
     ArchiveHeader header;
     withSystemReason(path, [&] { header = readHeader(path); });
     if (!header.valid)
         throw std::runtime_error(header.error);
-    std::cout << path << ": valid, " << entries(header.offsets.size() - 1) << (header.tagged ? ", tagged" : "")
-              << '\n';
+    return header;
+}
+
+int check(const std::vector<std::string>& archives, bool json)
+{
+    Json document = {{"archives", Json::array()}};
+    const int status = forEachPath(archives, [&](const std::string& path) {
+        if (!json) {
+            const ArchiveHeader header = checkedHeader(path);
+            std::cout << path << ": valid, " << entries(header.offsets.size() - 1)
+                      << (header.tagged ? ", tagged" : "") << '\n';
+            return;
+        }
+        try {
+            const ArchiveHeader header = checkedHeader(path);
+            document["archives"].push_back(
+                {{"path", path}, {"valid", true}, {"count", header.offsets.size() - 1}, {"tagged", header.tagged}});
+        } catch (const std::exception& e) {
+            document["archives"].push_back({{"path", path}, {"valid", false}, {"error", e.what()}});
+            throw;
+        }
+    });
+    if (json)
+        printJson(document);
+    return status;
 }
 
 } // namespace
@@ -28,10 +51,12 @@ void checkArchive(const std::string& path)
 void addCheck(CLI::App& app, int& status)
 {
     auto archives = std::make_shared<std::vector<std::string>>();
+    auto json = std::make_shared<bool>(false);
     CLI::App* command = app.add_subcommand("check", "Validate archives; exit status 1 if any is invalid");
     command->add_option("ARCHIVE", *archives, "Archives to validate")->required();
-    examples(*command, "  lbx check demo/*.LBX");
-    define(*command, status, [archives] { return forEachPath(*archives, checkArchive); });
+    jsonOption(*command, *json);
+    examples(*command, "  lbx check demo/*.LBX\n  lbx check --json demo/*.LBX");
+    define(*command, status, [archives, json] { return check(*archives, *json); });
 }
 
 } // namespace lbxtool

@@ -8,6 +8,7 @@
 #include "tools/platform/Report.h"
 
 #include <filesystem>
+#include <iostream>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -44,6 +45,18 @@ void jobsOption(CLI::App& command, unsigned int& jobs)
     command.add_option("-j,--jobs", jobs, "Work on N entries at once (default: one a core)")
         ->type_name("N")
         ->check(CLI::Validator(positive, "", "at least 1"));
+}
+
+void jsonOption(CLI::App& command, bool& json)
+{
+    command.add_flag("--json", json,
+                     "Print one JSON document on stdout instead of lines (keys in the README); warnings stay on "
+                     "stderr");
+}
+
+void printJson(const Json& document)
+{
+    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
 void palettesOption(CLI::App& command, std::string& path)

@@ -4,6 +4,7 @@
 #include "archive/File.h"
 #include "entry/Content.h"
 #include "tools/modding/Charset.h"
+#include "tools/modding/Manifest.h"
 #include "tools/modding/PaletteSource.h"
 #include "tools/modding/Translation.h"
 #include "tools/platform/SafeWrite.h"
@@ -38,6 +39,14 @@ void examples(CLI::App& command, const std::string& lines);
 
 // -j N. The output is the same whatever the number: only the time changes.
 void jobsOption(CLI::App& command, unsigned int& jobs);
+
+// --json: the command prints one JSON document on stdout instead of its
+// lines, and nothing else there; warnings and errors stay on stderr, and
+// the exit status is the same.
+void jsonOption(CLI::App& command, bool& json);
+// `document` on stdout, indented, with a line end behind it. Bytes that are
+// not UTF-8 (in a path) become U+FFFD.
+void printJson(const Json& document);
 
 // --palettes PATH, where the game's archives are for the colours of
 // graphics: a folder, or an archive in it.

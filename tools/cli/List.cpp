@@ -12,13 +12,27 @@ namespace lbxtool {
 
 namespace {
 
-int list(const std::vector<std::string>& archives)
+int list(const std::vector<std::string>& archives, bool json)
 {
     TerminalWarnings warnings;
-    return forEachPath(archives, [&](const std::string& path) {
-        std::unique_ptr<File> archive = openArchive(path);
-        std::cout << listing(path, *archive, warnings);
+    Json document = {{"archives", Json::array()}};
+    const int status = forEachPath(archives, [&](const std::string& path) {
+        if (!json) {
+            std::unique_ptr<File> archive = openArchive(path);
+            std::cout << listing(path, *archive, warnings);
+            return;
+        }
+        try {
+            std::unique_ptr<File> archive = openArchive(path);
+            document["archives"].push_back(listingJson(path, *archive, warnings));
+        } catch (const std::exception& e) {
+            document["archives"].push_back({{"path", path}, {"error", e.what()}});
+            throw;
+        }
     });
+    if (json)
+        printJson(document);
+    return status;
 }
 
 } // namespace
@@ -26,10 +40,12 @@ int list(const std::vector<std::string>& archives)
 void addList(CLI::App& app, int& status)
 {
     auto archives = std::make_shared<std::vector<std::string>>();
+    auto json = std::make_shared<bool>(false);
     CLI::App* command = app.add_subcommand("list", "Show each archive's entries, and how it fits the game's catalogue");
     command->add_option("ARCHIVE", *archives, "Archives to list")->required();
-    examples(*command, "  lbx list demo/INBOX.LBX\n  lbx list demo/*.LBX");
-    define(*command, status, [archives] { return list(*archives); });
+    jsonOption(*command, *json);
+    examples(*command, "  lbx list demo/INBOX.LBX\n  lbx list demo/*.LBX\n  lbx list --json demo/*.LBX");
+    define(*command, status, [archives, json] { return list(*archives, *json); });
 }
 
 } // namespace lbxtool

@@ -23,6 +23,7 @@ constexpr int LAST_COUNT_WIDTH = 18;
 struct VerifyOptions {
     std::vector<std::string> archives;
     bool verbose = false;
+    bool json = false;
     unsigned int jobs = 0;
 };
 
@@ -40,6 +41,7 @@ void summaryRow(const std::string& kind, const std::string& passed, const std::s
 }
 
 struct VerifiedArchive {
+    std::size_t given; // its place among the archives given
     std::string path;
     std::unique_ptr<File> archive;
     std::vector<Recreation> entries;
@@ -58,9 +60,15 @@ public:
     std::unique_ptr<VerifiedArchive> open(std::size_t a, std::size_t entries) override
     {
         auto opened = std::make_unique<VerifiedArchive>();
+        opened->given = a;
         opened->path = options.archives[a];
-        opened->archive = openArchive(opened->path);
-        requireEntries(*opened->archive, entries);
+        try {
+            opened->archive = openArchive(opened->path);
+            requireEntries(*opened->archive, entries);
+        } catch (const std::exception& e) {
+            failures[a] = e.what();
+            throw;
+        }
         opened->entries.resize(entries);
         return opened;
     }
@@ -89,6 +97,20 @@ public:
 
     void finish(VerifiedArchive& opened) override
     {
+        agreed = agreed && opened.differences.empty();
+        if (options.json) {
+            Json kinds = Json::object();
+            for (const auto& [kind, tally] : opened.tallies)
+                kinds[kind] = {{"passed", tally.passed},
+                               {"differs", tally.differs},
+                               {"notRecreatable", tally.notRecreatable}};
+            verified[opened.given] = {{"path", opened.path},
+                                     {"count", opened.archive->size()},
+                                     {"agreed", opened.differences.empty()},
+                                     {"kinds", kinds},
+                                     {"differences", opened.differences}};
+            return;
+        }
         std::cout << opened.path << ": " << entries(opened.archive->size()) << "\n";
         summaryRow("kind", "passed", "differs", "not re-creatable");
         for (const auto& [kind, tally] : opened.tallies)
@@ -96,19 +118,50 @@ public:
                        std::to_string(tally.notRecreatable));
         for (const std::string& difference : opened.differences)
             std::cout << "  differs: " << difference << '\n';
-        agreed = agreed && opened.differences.empty();
+    }
+
+    // The document of `lbx verify --json`: each archive in the order given,
+    // verified or with what kept it from being read.
+    Json document()
+    {
+        Json archives = Json::array();
+        for (std::size_t a = 0; a < options.archives.size(); ++a) {
+            const std::string& path = options.archives[a];
+            const auto done = verified.find(a);
+            if (done != verified.end() && failures[a].empty()) {
+                archives.push_back(done->second);
+                continue;
+            }
+            std::string error = failures[a];
+            if (error.empty()) {
+                try {
+                    requireRegularFile(path);
+                } catch (const std::exception& e) {
+                    error = e.what();
+                }
+            }
+            archives.push_back({{"path", path}, {"error", error}});
+        }
+        return {{"agreed", agreed}, {"archives", archives}};
     }
 
     bool agreed = true;
 
 private:
     const VerifyOptions& options;
+    std::vector<std::string> failures = std::vector<std::string>(options.archives.size());
+    std::map<std::size_t, Json> verified;
 };
 
 int verify(const VerifyOptions& options)
 {
     Verifying verifying(options);
     const int status = forEachArchive(options.jobs, options.archives, verifying);
+    if (options.json) {
+        Json document = verifying.document();
+        document["agreed"] = verifying.agreed && status == EXIT_DONE;
+        printJson(document);
+    }
     return verifying.agreed ? status : EXIT_FAILED;
 }
 
@@ -121,8 +174,9 @@ void addVerify(CLI::App& app, int& status)
         app.add_subcommand("verify", "Re-create each entry that can be and compare it with its bytes");
     command->add_option("ARCHIVE", options->archives, "Archives to verify")->required();
     command->add_flag("-v,--verbose", options->verbose, "Show each differing field");
+    jsonOption(*command, options->json);
     jobsOption(*command, options->jobs);
-    examples(*command, "  lbx verify demo/*.LBX\n  lbx verify -v demo/STARNAME.LBX");
+    examples(*command, "  lbx verify demo/*.LBX\n  lbx verify -v demo/STARNAME.LBX\n  lbx verify --json demo/*.LBX");
     define(*command, status, [options] { return verify(*options); });
 }
 
