@@ -15,27 +15,36 @@
 
 // What the parts of the Python module share.
 //
-// Threads: decoding and encoding run with the GIL released. An entry's kind
-// object keeps caches (decoded frames, the palette they were decoded in), so
-// each entry has a lock of its own, taken only with the GIL released and
-// never held while the GIL is waited for by a thread that holds that lock
-// and needs Python... in short: lock after releasing the GIL, and call no
-// Python while holding the lock. An archive's list of entries changes only
-// under the GIL.
+// Threads: decoding and encoding run with the GIL released. Each entry has
+// a lock of its own for what decodes it; a thread takes it only after it
+// has released the GIL, and calls no Python while it holds it, so that no
+// thread holds one and waits for the other. An archive's list of entries
+// changes only under the GIL; where several locks are taken, an archive's
+// shell comes first, then entries in the order of their addresses.
 namespace lbxpython {
 
 namespace py = pybind11;
 using zorv2::Lbx::Content;
 using zorv2::Lbx::File;
 
+// A copy of an entry that decodes its frames in one palette, for as long as
+// any frame handed out lives: frames are numpy arrays over its cache, not
+// copies of it, and another palette gets another decoder. (A graphic keeps
+// the pointer it is given, not the colours: the decoder keeps them.)
+struct Decoder {
+    std::vector<unsigned char> palette;
+    std::shared_ptr<Content> content;
+};
+
 // One entry, shared by the archives that hold it and the Python objects over it.
 struct Handle {
     explicit Handle(std::unique_ptr<Content> content) : content(std::move(content)) {}
-    std::unique_ptr<Content> content;
+    std::shared_ptr<Content> content;
     std::mutex turn;
-    // The palette the entry's frames are decoded in now (a graphic's
-    // setPalette keeps the pointer, not the colours), empty when none.
-    std::vector<unsigned char> installed;
+    std::shared_ptr<Decoder> decoder; // the last one made, reused for its palette
+    // Whether `content` decoded already: the first decoder decodes it
+    // itself, the others copies, so that no frame handed out changes.
+    bool decoded = false;
 };
 using HandlePtr = std::shared_ptr<Handle>;
 

@@ -51,14 +51,22 @@ unsigned int position(py::ssize_t index, std::size_t count, const char* what)
     return static_cast<unsigned int>(index);
 }
 
-// Decodes with `palette`, which the entry keeps while its frames stay cached:
-// a palette given again finds them decoded.
-void install(Handle& handle, const std::vector<unsigned char>& palette, const std::function<void(unsigned char*)>& set)
+// The decoder of `handle` for `palette`: the last one when its palette is
+// the same, whose frames are decoded already. Call with the entry's lock held.
+std::shared_ptr<Decoder> decoderFor(Handle& handle, const std::vector<unsigned char>& palette)
 {
-    if (handle.installed == palette)
-        return;
-    handle.installed = palette;
-    set(handle.installed.data());
+    if (handle.decoder && handle.decoder->palette == palette)
+        return handle.decoder;
+    auto decoder = std::make_shared<Decoder>();
+    decoder->palette = palette;
+    decoder->content = handle.decoded ? std::make_shared<Content>(*handle.content) : handle.content;
+    handle.decoded = true;
+    if (decoder->content->type() == Content::CURSOR)
+        decoder->content->cursor()->setPalette(decoder->palette.data());
+    else
+        decoder->content->graphic()->setPalette(decoder->palette.data());
+    handle.decoder = decoder;
+    return decoder;
 }
 
 // The palette frames are decoded in: the one given, or what the entry holds
@@ -80,24 +88,21 @@ std::vector<unsigned char> framePalette(const py::object& palette, Handle& handl
     });
 }
 
-// Pictures of `height` x `width` pixels, each copied from one of `sources`
-// with the GIL released, as (height, width, 4) arrays.
-py::list pictures(const std::vector<const unsigned char*>& sources, std::size_t height, std::size_t width)
+// Pictures of `height` x `width` pixels in `decoder`'s cache, as read-only
+// (height, width, 4) arrays that keep the decoder alive.
+py::list pictures(const std::shared_ptr<Decoder>& decoder, const std::vector<const unsigned char*>& sources,
+                  std::size_t height, std::size_t width)
 {
-    std::vector<py::array_t<unsigned char>> arrays;
-    std::vector<unsigned char*> targets;
-    for (std::size_t i = 0; i < sources.size(); ++i) {
-        arrays.emplace_back(std::vector<py::ssize_t>{py::ssize_t(height), py::ssize_t(width), py::ssize_t(PIXEL_SIZE)});
-        targets.push_back(arrays.back().mutable_data());
-    }
-    {
-        py::gil_scoped_release released;
-        for (std::size_t i = 0; i < sources.size(); ++i)
-            std::memcpy(targets[i], sources[i], height * width * PIXEL_SIZE);
-    }
     py::list result;
-    for (auto& array : arrays)
+    const std::vector<py::ssize_t> shape{py::ssize_t(height), py::ssize_t(width), py::ssize_t(PIXEL_SIZE)};
+    const std::vector<py::ssize_t> strides{py::ssize_t(width * PIXEL_SIZE), py::ssize_t(PIXEL_SIZE), 1};
+    const py::capsule keeper(new std::shared_ptr<Decoder>(decoder),
+                             [](void* kept) { delete static_cast<std::shared_ptr<Decoder>*>(kept); });
+    for (const unsigned char* source : sources) {
+        py::array_t<unsigned char> array(shape, strides, source, keeper);
+        py::detail::array_proxy(array.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
         result.append(std::move(array));
+    }
     return result;
 }
 
@@ -105,18 +110,18 @@ py::list pictures(const std::vector<const unsigned char*>& sources, std::size_t 
 py::list graphicFrames(Handle& handle, const py::object& palette, unsigned int first, unsigned int last)
 {
     const std::vector<unsigned char> colours = framePalette(palette, handle);
-    Content::Graphic* graphic = handle.content->graphic();
-    std::unique_lock<std::mutex> inTurn(handle.turn, std::defer_lock);
+    Content::Graphic* source = handle.content->graphic();
+    std::shared_ptr<Decoder> decoder;
     std::vector<const unsigned char*> decoded;
     {
         py::gil_scoped_release released;
-        inTurn.lock();
-        install(handle, colours, [graphic](unsigned char* p) { graphic->setPalette(p); });
+        const std::lock_guard<std::mutex> inTurn(handle.turn);
+        decoder = decoderFor(handle, colours);
+        Content::Graphic* graphic = decoder->content->graphic();
         for (unsigned int f = first; f < last; ++f)
             decoded.push_back(graphic->frame(f));
     }
-    // The frames stay in the graphic's cache while the lock is held.
-    return pictures(decoded, graphic->height(), graphic->width());
+    return pictures(decoder, decoded, source->height(), source->width());
 }
 
 // The indices a frame of `pixels` pixels stores, decoded with the fake
@@ -208,8 +213,9 @@ FrameArguments frameArguments(const py::object& frames, std::size_t channels, co
 std::vector<unsigned char*> framePointers(FrameArguments& frames)
 {
     std::vector<unsigned char*> pointers;
+    // The library only reads them: read-only arrays, such as frames handed out, will do.
     for (py::array& array : frames.arrays)
-        pointers.push_back(static_cast<unsigned char*>(array.mutable_data()));
+        pointers.push_back(const_cast<unsigned char*>(static_cast<const unsigned char*>(array.data())));
     return pointers;
 }
 
@@ -457,8 +463,8 @@ as archive.palette(i), the colours `lbx export` finds for entry i.)")
             },
             py::arg("index"), py::arg("palette") = py::none(),
             "Frame `index` as (height, width, 4) uint8 RGBA in `palette` ((256, 4) uint8; by default the "
-            "graphic's own block over black). Decoded with the GIL released, and cached until another palette "
-            "is given.")
+            "graphic's own block over black). Decoded with the GIL released. The array is read-only, a view of "
+            "the decoded frame that stays valid whatever is decoded later: .copy() it to edit it.")
         .def(
             "frames",
             [](GraphicEntry& g, const py::object& palette) {
@@ -473,8 +479,8 @@ as archive.palette(i), the colours `lbx export` finds for entry i.)")
                 const unsigned int f = position(index, graphic->frames(), "frame");
                 const std::vector<unsigned char> fake = fakePalette();
                 const lbxtool::Indices indices = locked(h, [&] {
-                    install(h, fake, [graphic](unsigned char* p) { graphic->setPalette(p); });
-                    return lbxtool::indicesOfFake(graphic->frame(f), std::size_t(graphic->width()) * graphic->height());
+                    Content::Graphic* decoding = decoderFor(h, fake)->content->graphic();
+                    return lbxtool::indicesOfFake(decoding->frame(f), std::size_t(graphic->width()) * graphic->height());
                 });
                 return indexArray(indices, graphic->height(), graphic->width());
             },
@@ -489,8 +495,9 @@ as archive.palette(i), the colours `lbx export` finds for entry i.)")
                 std::unique_ptr<Content> made(locked(h, [&] {
                     std::unique_ptr<unsigned char[]> check(Palette::empty());
                     h.content->graphic()->palette(check.get()); // throws for a graphic without a block
-                    h.installed.clear();
-                    return Content::Graphic::create(colours.data(), h.content.get());
+                    // On a copy: creating decodes, and frames handed out may be of this entry.
+                    Content copy(*h.content);
+                    return Content::Graphic::create(colours.data(), &copy);
                 }));
                 return wrap(newHandle(made.release()));
             },
@@ -530,16 +537,15 @@ the palette block, needed with the palette flag.)");
                 const unsigned int f = position(index, lbxtool::CURSOR_FRAMES, "frame");
                 Handle& h = *c.handle;
                 const std::vector<unsigned char> colours = framePalette(palette, h);
-                Content::Cursor* cursor = h.content->cursor();
-                std::unique_lock<std::mutex> inTurn(h.turn, std::defer_lock);
+                std::shared_ptr<Decoder> decoder;
                 const unsigned char* decoded;
                 {
                     py::gil_scoped_release released;
-                    inTurn.lock();
-                    install(h, colours, [cursor](unsigned char* p) { cursor->setPalette(p); });
-                    decoded = cursor->get(f);
+                    const std::lock_guard<std::mutex> inTurn(h.turn);
+                    decoder = decoderFor(h, colours);
+                    decoded = decoder->content->cursor()->get(f);
                 }
-                return py::object(pictures({decoded}, lbxtool::CURSOR_SIDE, lbxtool::CURSOR_SIDE)[0]);
+                return py::object(pictures(decoder, {decoded}, lbxtool::CURSOR_SIDE, lbxtool::CURSOR_SIDE)[0]);
             },
             py::arg("index"), py::arg("palette") = py::none(),
             "Frame `index` as (24, 24, 4) uint8 RGBA, in the cursor's own palette or `palette`.")
@@ -548,17 +554,16 @@ the palette block, needed with the palette flag.)");
             [](CursorEntry& c, const py::object& palette) {
                 Handle& h = *c.handle;
                 const std::vector<unsigned char> colours = framePalette(palette, h);
-                Content::Cursor* cursor = h.content->cursor();
-                std::unique_lock<std::mutex> inTurn(h.turn, std::defer_lock);
+                std::shared_ptr<Decoder> decoder;
                 std::vector<const unsigned char*> decoded;
                 {
                     py::gil_scoped_release released;
-                    inTurn.lock();
-                    install(h, colours, [cursor](unsigned char* p) { cursor->setPalette(p); });
+                    const std::lock_guard<std::mutex> inTurn(h.turn);
+                    decoder = decoderFor(h, colours);
                     for (unsigned int f = 0; f < lbxtool::CURSOR_FRAMES; ++f)
-                        decoded.push_back(cursor->get(f));
+                        decoded.push_back(decoder->content->cursor()->get(f));
                 }
-                return pictures(decoded, lbxtool::CURSOR_SIDE, lbxtool::CURSOR_SIDE);
+                return pictures(decoder, decoded, lbxtool::CURSOR_SIDE, lbxtool::CURSOR_SIDE);
             },
             py::arg("palette") = py::none(), "All 20 frames, as frame() gives them.")
         .def(
