@@ -24,6 +24,8 @@ namespace {
 namespace fs = std::filesystem;
 using lbxtool::Json;
 
+// The platform layer's makeFolder, which the module does not link: it
+// writes, and the core only writes through its caller's Files.
 void makeFolder(const std::string& folder)
 {
     std::error_code error;
@@ -31,15 +33,6 @@ void makeFolder(const std::string& folder)
     if (error || !fs::is_directory(folder))
         throw std::runtime_error("could not create folder '" + folder + "'" +
                                  (error ? " (" + error.message() + ")" : ""));
-}
-
-// "DIR/STEM/" and "DIR/./STEM" as "DIR/STEM".
-std::string folderName(const std::string& folder)
-{
-    fs::path normal = fs::path(folder).lexically_normal();
-    if (normal.filename().empty())
-        normal = normal.parent_path();
-    return normal.string();
 }
 
 // The files that an earlier unpack into `folder` wrote, as its manifest
@@ -147,13 +140,13 @@ py::dict pack(const py::object& where, const py::object& out, bool overwrite, bo
     std::size_t count = 0;
     {
         py::gil_scoped_release released;
-        const std::string folder = folderName(given);
+        const std::string folder = lbxtool::folderName(given);
         const std::string manifestPath = lbxtool::inFolder(folder, lbxtool::MANIFEST_NAME);
         if (!fs::is_directory(folder))
             throw std::runtime_error("'" + given + "' is not a folder");
         if (!fs::exists(manifestPath))
             throw std::runtime_error("'" + given + "' holds no " + lbxtool::MANIFEST_NAME +
-                                     "; pack takes a folder that unpack made");
+                                     "; pack takes a folder that lbx unpack made");
         lbxtool::PlainFiles files;
         const Json manifest = lbxtool::parseManifest(files.read(manifestPath), manifestPath);
         const lbxtool::PackPlan plan = lbxtool::planPack(manifest, manifestPath);

@@ -77,7 +77,7 @@ class Graphic(Entry):
     def palette(self) -> Optional[_Palette]:
         """The graphic's own palette block over opaque black, (256, 4) uint8; None without a block."""
     def frame(self, index: int, palette: Optional[npt.ArrayLike] = None) -> _RGBA:
-        """Frame `index` (negative from the end) as (height, width, 4) uint8 RGBA in `palette`."""
+        """Frame `index` (negative from the end) as (height, width, 4) uint8 RGBA in `palette`; read-only (.copy() to edit)."""
     def frames(self, palette: Optional[npt.ArrayLike] = None) -> List[_RGBA]:
         """Every frame, as frame() gives them; decoded with the GIL released."""
     def indices(self, index: int) -> _Indices:

@@ -89,6 +89,14 @@ std::string inFolder(const std::string& folder, const std::string& name)
     return (fs::path(folder) / name).string();
 }
 
+std::string folderName(const std::string& folder)
+{
+    fs::path normal = fs::path(folder).lexically_normal();
+    if (normal.filename().empty())
+        normal = normal.parent_path();
+    return normal.string();
+}
+
 std::string entryName(const std::string& archive, unsigned int index)
 {
     return archive + "[" + std::to_string(index) + "]";

@@ -56,6 +56,10 @@ std::string entrySuffix(Content* entry);
 // `name` in `folder`, as a path.
 std::string inFolder(const std::string& folder, const std::string& name);
 
+// "DIR/STEM/" and "DIR/./STEM" as "DIR/STEM": the folder a user named,
+// whatever way they wrote it.
+std::string folderName(const std::string& folder);
+
 // The name by which an entry of an archive shows in messages, as the library
 // names it.
 std::string entryName(const std::string& archive, unsigned int index);

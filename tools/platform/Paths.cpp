@@ -23,12 +23,4 @@ void makeFolderFor(const std::string& path)
         makeFolder(folder);
 }
 
-std::string folderName(const std::string& folder)
-{
-    fs::path normal = fs::path(folder).lexically_normal();
-    if (normal.filename().empty())
-        normal = normal.parent_path();
-    return normal.string();
-}
-
 } // namespace lbxtool

@@ -11,10 +11,6 @@ void makeFolder(const std::string& folder);
 // Creates the folder that the file at `path` goes into, as makeFolder does.
 void makeFolderFor(const std::string& path);
 
-// "DIR/STEM/" and "DIR/./STEM" as "DIR/STEM": the folder a user named,
-// whatever way they wrote it.
-std::string folderName(const std::string& folder);
-
 } // namespace lbxtool
 
 #endif
