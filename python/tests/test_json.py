@@ -29,9 +29,10 @@ def test_list(sample, run_lbx, tmp_path):
 def test_check(sample, run_lbx, tmp_path):
     cut = tmp_path / "CUT.LBX"
     cut.write_bytes((sample / "INBOX.LBX").read_bytes()[:100])
-    checked = run_lbx("check", "--json", sample / "FONTS.LBX", cut)
+    checked = run_lbx("check", "--json", sample / "FONTS.LBX", cut, tmp_path)
     assert checked.returncode == 1
-    valid, invalid = json.loads(checked.stdout)["archives"]
+    valid, invalid, folder = json.loads(checked.stdout)["archives"]
+    assert folder == {"path": str(tmp_path), "valid": False, "error": f"'{tmp_path}' is a directory"}
     assert valid == {"path": str(sample / "FONTS.LBX"), "valid": True, "count": 14, "tagged": True}
     assert invalid["valid"] is False and invalid["error"] in checked.stderr
     assert run_lbx("check", "--json", sample / "FONTS.LBX").returncode == 0

@@ -24,25 +24,22 @@ ArchiveHeader checkedHeader(const std::string& path)
 
 int check(const std::vector<std::string>& archives, bool json)
 {
-    Json document = {{"archives", Json::array()}};
-    const int status = forEachPath(archives, [&](const std::string& path) {
-        if (!json) {
+    Json checked = Json::array();
+    const int status = forEachPath(
+        archives,
+        [&](const std::string& path) {
             const ArchiveHeader header = checkedHeader(path);
-            std::cout << path << ": valid, " << entries(header.offsets.size() - 1)
-                      << (header.tagged ? ", tagged" : "") << '\n';
-            return;
-        }
-        try {
-            const ArchiveHeader header = checkedHeader(path);
-            document["archives"].push_back(
-                {{"path", path}, {"valid", true}, {"count", header.offsets.size() - 1}, {"tagged", header.tagged}});
-        } catch (const std::exception& e) {
-            document["archives"].push_back({{"path", path}, {"valid", false}, {"error", e.what()}});
-            throw;
-        }
-    });
+            const std::size_t count = header.offsets.size() - 1;
+            if (json)
+                checked.push_back({{"path", path}, {"valid", true}, {"count", count}, {"tagged", header.tagged}});
+            else
+                std::cout << path << ": valid, " << entries(count) << (header.tagged ? ", tagged" : "") << '\n';
+        },
+        [&](const std::string& path, const std::string& message) {
+            checked.push_back({{"path", path}, {"valid", false}, {"error", message}});
+        });
     if (json)
-        printJson(document);
+        printJson({{"archives", checked}});
     return status;
 }
 

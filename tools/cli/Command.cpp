@@ -169,7 +169,8 @@ void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<
         throw UsageError("no archive given");
 }
 
-int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action)
+int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action,
+                const std::function<void(const std::string& path, const std::string& message)>& failed)
 {
     int status = EXIT_DONE;
     for (const std::string& path : paths) {
@@ -178,6 +179,8 @@ int forEachPath(const std::vector<std::string>& paths, const std::function<void(
             action(path);
         } catch (const std::exception& e) {
             reportError(e.what());
+            if (failed)
+                failed(path, e.what());
             status = EXIT_FAILED;
         }
     }

@@ -83,9 +83,11 @@ std::vector<std::string> translationInputs(std::vector<std::string> files, const
 void splitArchivesAndIndices(const std::vector<std::string>& items, std::vector<std::string>& archives,
                              std::vector<unsigned int>& indices);
 
-// Runs `action` on each path; a failure is reported as one line and the next
-// path is taken. Returns the exit status: 1 if any path failed.
-int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action);
+// Runs `action` on each path; a failure is reported as one line, told to
+// `failed` with its message when given, and the next path is taken. Returns
+// the exit status: 1 if any path failed.
+int forEachPath(const std::vector<std::string>& paths, const std::function<void(const std::string&)>& action,
+                const std::function<void(const std::string& path, const std::string& message)>& failed = nullptr);
 
 // Puts the entry that `made` makes, once the archive has opened and `index`
 // is known to fit, into the archive at `path` in place of entry `index`, or

@@ -15,23 +15,21 @@ namespace {
 int list(const std::vector<std::string>& archives, bool json)
 {
     TerminalWarnings warnings;
-    Json document = {{"archives", Json::array()}};
-    const int status = forEachPath(archives, [&](const std::string& path) {
-        if (!json) {
+    Json listed = Json::array();
+    const int status = forEachPath(
+        archives,
+        [&](const std::string& path) {
             std::unique_ptr<File> archive = openArchive(path);
-            std::cout << listing(path, *archive, warnings);
-            return;
-        }
-        try {
-            std::unique_ptr<File> archive = openArchive(path);
-            document["archives"].push_back(listingJson(path, *archive, warnings));
-        } catch (const std::exception& e) {
-            document["archives"].push_back({{"path", path}, {"error", e.what()}});
-            throw;
-        }
-    });
+            if (json)
+                listed.push_back(listingJson(path, *archive, warnings));
+            else
+                std::cout << listing(path, *archive, warnings);
+        },
+        [&](const std::string& path, const std::string& message) {
+            listed.push_back({{"path", path}, {"error", message}});
+        });
     if (json)
-        printJson(document);
+        printJson({{"archives", listed}});
     return status;
 }
 
