@@ -9,7 +9,10 @@
 #include "images/Palette.h"
 #include "kinds/Empty.h"
 #include "kinds/Text.h"
+#include "tools/modding/Charset.h"
 #include "tools/modding/EntryView.h"
+#include "tools/modding/Files.h"
+#include "tools/modding/Names.h"
 #include "tools/modding/GraphicFlags.h"
 #include "tools/modding/IndexedFrames.h"
 #include "tools/modding/Shapes.h"
@@ -23,6 +26,19 @@
 #include <stdexcept>
 
 namespace lbxpython {
+
+namespace {
+
+lbxtool::Charset charsetArgument(const py::object& charset)
+{
+    const std::string option = charset.is_none() ? "" : pathArgument(charset);
+    if (option.empty() || lbxtool::upperCase(option) == lbxtool::Charset::CODE_PAGE_437)
+        return lbxtool::Charset::codePage437();
+    lbxtool::PlainFiles files;
+    return lbxtool::charsetNamed(option, files.read(option));
+}
+
+} // namespace
 
 namespace {
 
@@ -600,6 +616,19 @@ the palette block, needed with the palette flag.)");
                 return strings;
             },
             "Every record's string, as bytes.")
+        .def(
+            "decoded",
+            [](TextEntry& t, const py::object& charset) {
+                const lbxtool::Charset letters = charsetArgument(charset);
+                Content::Text* text = t.handle->content->text();
+                std::vector<std::string> strings;
+                for (unsigned int i = 0; i < text->size(); ++i)
+                    strings.push_back(letters.decode(text->get(i)));
+                return strings;
+            },
+            py::arg("charset") = py::none(),
+            "Every record's string as text, through a charset: the built-in CP437 by default, or a table file "
+            "(HEX=text lines) by its path, as lbx's --charset takes it; bytes it has no letter for stand as \\xHH.")
         .def_property_readonly(
             "record_length",
             [](TextEntry& t) {

@@ -7,12 +7,17 @@
 #include "tools/modding/Files.h"
 #include "tools/modding/Forms.h"
 #include "tools/modding/Header.h"
+#include "tools/modding/Mod.h"
 #include "tools/modding/Names.h"
 #include "tools/modding/Pack.h"
+#include "tools/modding/Patch.h"
+#include "tools/modding/Bps.h"
+#include "tools/modding/Diff.h"
 #include "tools/modding/Unpack.h"
 
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <set>
 #include <stdexcept>
@@ -201,10 +206,96 @@ py::dict pack(const py::object& where, const py::object& out, bool overwrite, bo
     return result;
 }
 
+py::object jsonOf(const std::string& text)
+{
+    return py::module_::import("json").attr("loads")(py::str(text));
+}
+
+py::object diff(const py::object& base, const py::object& changed)
+{
+    const std::string basePath = pathArgument(base), changedPath = pathArgument(changed);
+    std::string account;
+    {
+        py::gil_scoped_release released;
+        lbxtool::PlainFiles files;
+        const lbxtool::ArchiveBytes before = lbxtool::readArchiveBytes(files, basePath);
+        const lbxtool::ArchiveBytes after = lbxtool::readArchiveBytes(files, changedPath);
+        account = lbxtool::diffJson(lbxtool::diffArchives(*lbxtool::archiveOf(before, basePath),
+                                                          *lbxtool::archiveOf(after, changedPath)),
+                                    basePath, changedPath);
+    }
+    return jsonOf(account);
+}
+
+py::str makeMod(const py::object& base, const py::object& changed, const py::object& out, bool reversible, bool bps,
+                bool overwrite)
+{
+    const std::string basePath = pathArgument(base), changedPath = pathArgument(changed), target = pathArgument(out);
+    if (bps && reversible)
+        throw std::runtime_error("a BPS patch cannot be undone: reversible is for mods");
+    {
+        py::gil_scoped_release released;
+        checkTarget(target, overwrite, {basePath, changedPath});
+        lbxtool::PlainFiles files;
+        const lbxtool::ArchiveBytes before = lbxtool::readArchiveBytes(files, basePath);
+        const lbxtool::ArchiveBytes after = lbxtool::readArchiveBytes(files, changedPath);
+        const std::string name = fs::path(basePath).filename().string();
+        saveBytes(bps ? lbxtool::bpsPatch(before.file(), after.file())
+                      : lbxtool::modFile(lbxtool::makeMod(before, after, name, reversible)),
+                  target, overwrite, {basePath, changedPath});
+    }
+    return py::str(target);
+}
+
+py::object patch(const py::object& base, const std::vector<py::object>& given, const py::object& out, bool reverse,
+                 bool preferLast, bool overwrite)
+{
+    const std::string basePath = pathArgument(base), target = pathArgument(out);
+    std::vector<std::string> paths{basePath};
+    for (const py::object& mod : given)
+        paths.push_back(pathArgument(mod));
+    CollectedWarnings warnings;
+    std::string account;
+    {
+        py::gil_scoped_release released;
+        checkTarget(target, overwrite, paths);
+        lbxtool::PlainFiles files;
+        std::vector<lbxtool::NamedMod> mods;
+        for (std::size_t i = 1; i < paths.size(); ++i) {
+            lbxtool::Mod mod = lbxtool::readMod(files.read(paths[i]), paths[i]);
+            mods.push_back({paths[i], reverse ? lbxtool::undoOf(mod, paths[i]) : std::move(mod)});
+        }
+        if (reverse)
+            std::reverse(mods.begin(), mods.end());
+        const lbxtool::ArchiveBytes before = lbxtool::readArchiveBytes(files, basePath);
+        const lbxtool::ArchiveBytes after = lbxtool::applyMods(before, basePath, mods, preferLast, warnings);
+        saveBytes(after.file(), target, overwrite, paths);
+        account = lbxtool::diffJson(lbxtool::diffArchives(*lbxtool::archiveOf(before, basePath),
+                                                          *lbxtool::archiveOf(after, target)),
+                                    basePath, target);
+    }
+    warnings.say();
+    return jsonOf(account);
+}
+
 } // namespace
 
 void bindModding(py::module_& module)
 {
+    module.def("diff", &diff, py::arg("base"), py::arg("new"),
+               R"(What changed between two archive files, as `lbx diff --json` prints it: a dict with base, new and
+changes (each with change, index, shape, size, and frames and records where an entry changed).)");
+    module.def("make_mod", &makeMod, py::arg("base"), py::arg("new"), py::arg("out"), py::kw_only(),
+               py::arg("reversible") = false, py::arg("bps") = false, py::arg("overwrite") = false,
+               R"(Writes to `out` the mod that makes `new` of `base`, as `lbx diff BASE NEW -o OUT` does: only what
+changed, each entry with the fingerprint of the one it replaces. reversible=True lets it be undone;
+bps=True writes a BPS patch of the whole file instead. Returns the path written.)");
+    module.def("patch", &patch, py::arg("base"), py::arg("mods"), py::arg("out"), py::kw_only(),
+               py::arg("reverse") = false, py::arg("prefer_last") = false, py::arg("overwrite") = false,
+               R"(Applies mods (paths, in order) to the archive `base` and writes `out`, as `lbx patch` does: each
+entry a mod replaces is checked first, and a mod made for another version, or two mods that change the same
+entry, raise lbx.Error with nothing written. reverse=True undoes reversible mods; prefer_last=True lets the
+later of two conflicting mods win, with a warning. Returns what changed, as diff() does.)");
     module.def("unpack", &unpack, py::arg("archive"), py::arg("folder"), py::kw_only(), py::arg("overwrite") = false,
                py::arg("palettes") = py::none(),
                R"(Takes an archive (an Archive read from a file, or a path) apart into FOLDER/STEM/, as `lbx unpack -o FOLDER` does.

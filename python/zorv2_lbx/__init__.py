@@ -21,8 +21,11 @@ from ._core import (
     Graphic,
     LbxWarning,
     Text,
+    diff,
+    make_mod,
     open,
     pack,
+    patch,
     unpack,
 )
 
@@ -36,8 +39,11 @@ __all__ = [
     "Graphic",
     "LbxWarning",
     "Text",
+    "diff",
+    "make_mod",
     "open",
     "pack",
+    "patch",
     "unpack",
 ]
 

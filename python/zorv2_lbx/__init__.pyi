@@ -1,7 +1,7 @@
 """LBX archives of the game tesk: the zorv2 library and its modding core."""
 
 import os
-from typing import Iterable, Iterator, List, Optional, Sequence, TypedDict, Union, overload
+from typing import Any, Dict, Iterable, Iterator, List, Optional, Sequence, TypedDict, Union, overload
 
 import numpy as np
 import numpy.typing as npt
@@ -135,6 +135,8 @@ class Text(Entry):
     def __iter__(self) -> Iterator[bytes]: ...
     @property
     def strings(self) -> List[bytes]: ...
+    def decoded(self, charset: Optional[_Path] = None) -> List[str]:
+        """Every record as text through a charset: CP437 by default, or a table file (HEX=text lines)."""
     @property
     def record_length(self) -> int: ...
     @staticmethod
@@ -198,3 +200,12 @@ def pack(
     records: bool = False,
 ) -> PackResult:
     """Builds the archive again from a folder that unpack made, as `lbx pack`."""
+
+def diff(base: _Path, new: _Path) -> Dict[str, Any]:
+    """What changed between two archive files, as `lbx diff --json` prints it."""
+
+def make_mod(base: _Path, new: _Path, out: _Path, *, reversible: bool = False, bps: bool = False, overwrite: bool = False) -> str:
+    """Writes the mod (or, with bps=True, the BPS patch) that makes `new` of `base`; returns its path."""
+
+def patch(base: _Path, mods: Sequence[_Path], out: _Path, *, reverse: bool = False, prefer_last: bool = False, overwrite: bool = False) -> Dict[str, Any]:
+    """Applies mods in order to `base`, each checked first, and writes `out`; returns what changed, as diff()."""
