@@ -12,7 +12,6 @@
 #include "tools/modding/Charset.h"
 #include "tools/modding/EntryView.h"
 #include "tools/modding/Files.h"
-#include "tools/modding/Names.h"
 #include "tools/modding/GraphicFlags.h"
 #include "tools/modding/IndexedFrames.h"
 #include "tools/modding/Shapes.h"
@@ -31,11 +30,9 @@ namespace {
 
 lbxtool::Charset charsetArgument(const py::object& charset)
 {
-    const std::string option = charset.is_none() ? "" : pathArgument(charset);
-    if (option.empty() || lbxtool::upperCase(option) == lbxtool::Charset::CODE_PAGE_437)
-        return lbxtool::Charset::codePage437();
     lbxtool::PlainFiles files;
-    return lbxtool::charsetNamed(option, files.read(option));
+    return lbxtool::charsetNamed(charset.is_none() ? "" : pathArgument(charset),
+                                 [&files](const std::string& path) { return files.read(path); });
 }
 
 } // namespace

@@ -91,9 +91,7 @@ void charsetOption(CLI::App& command, std::string& option, const std::string& wh
 
 Charset charsetOf(const std::string& option)
 {
-    if (option.empty() || upperCase(option) == Charset::CODE_PAGE_437)
-        return Charset::codePage437();
-    return charsetNamed(option, readBytes(option));
+    return charsetNamed(option, [](const std::string& path) { return readBytes(path); });
 }
 
 void fontOption(CLI::App& command, std::string& option)

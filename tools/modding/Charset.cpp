@@ -285,11 +285,11 @@ std::string Charset::encode(const std::string& text) const
     return bytes;
 }
 
-Charset charsetNamed(const std::string& option, const std::string& table)
+Charset charsetNamed(const std::string& option, const std::function<std::string(const std::string&)>& read)
 {
-    if (upperCase(option) == Charset::CODE_PAGE_437)
+    if (option.empty() || upperCase(option) == Charset::CODE_PAGE_437)
         return Charset::codePage437();
-    return Charset::fromTable(table, std::filesystem::path(option).filename().string(), option);
+    return Charset::fromTable(read(option), std::filesystem::path(option).filename().string(), option);
 }
 
 } // namespace lbxtool

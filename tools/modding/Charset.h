@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <map>
 #include <stdexcept>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -86,9 +87,10 @@ std::size_t columnOf(const std::string& text, std::size_t byte);
 // Whether `text` is valid UTF-8.
 bool validUtf8(const std::string& text);
 
-// The charset an option names: the built-in one by its name (any case), or
-// a table file, whose bytes `table` holds, named after its file name.
-Charset charsetNamed(const std::string& option, const std::string& table);
+// The charset an option names: the built-in one by its name (any case) or
+// when none is named, else a table file, read by `read` and named after its
+// file name.
+Charset charsetNamed(const std::string& option, const std::function<std::string(const std::string&)>& read);
 
 } // namespace lbxtool
 

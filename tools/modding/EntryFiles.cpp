@@ -1,6 +1,7 @@
 #include "tools/modding/EntryFiles.h"
 
 #include "entry/Content.h"
+#include "tools/modding/Header.h"
 #include "tools/modding/Manifest.h"
 #include "tools/modding/PaletteFile.h"
 
@@ -24,7 +25,6 @@ const std::string BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 constexpr std::size_t ARCHIVE_HEAD = 12;
 constexpr unsigned int LARGEST_ARCHIVE = 509;
 constexpr std::uint32_t ARCHIVE_SIGNATURE = 0x0000FEAD;
-constexpr std::uint32_t HEADER_AREA_SIZE = 2048;
 
 // A RIFF file: "RIFF", the length of what follows the first 8 bytes, the
 // form, then chunks of an id, a length and as many bytes, each padded to an
