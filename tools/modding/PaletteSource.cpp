@@ -33,12 +33,19 @@ void paintPalette(Content* entry, const std::string& name, unsigned char* palett
 }
 
 PaletteSource::PaletteSource(File& archive, const PaletteLookup& lookup, Files& files, Warnings& warnings)
+    : PaletteSource(archive, archive.path(), lookup, files, warnings)
+{
+}
+
+PaletteSource::PaletteSource(File& archive, const std::string& path, const PaletteLookup& lookup, Files& files,
+                             Warnings& warnings)
     : archive(archive),
+      archivePath(path),
       files(files),
       warnings(warnings),
-      folder(lookup.folder.empty() ? std::filesystem::path(archive.path()).parent_path().string() : lookup.folder),
+      folder(lookup.folder.empty() ? std::filesystem::path(path).parent_path().string() : lookup.folder),
       naming(lookup.naming),
-      row(catalogueRow(archive.path()))
+      row(catalogueRow(path))
 {
     if (!lookup.entry.empty())
         explicitPalette = read(lookup.entry, files);
@@ -81,7 +88,7 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
     const std::lock_guard<std::mutex> inTurn(turn);
     PaletteArray palette(Palette::empty());
     Content::Graphic* graphic = archive.at(index)->graphic();
-    const std::string name = entryName(archive.path(), index);
+    const std::string name = entryName(archivePath, index);
     bool found = false, missing = false;
     if (explicitPalette) {
         std::copy(explicitPalette.get(), explicitPalette.get() + PALETTE_BYTES, palette.get());
@@ -110,7 +117,7 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
     }
     // A source that is not found was said for the whole archive already.
     if (!found && row == File::LBX_UNKNOWN)
-        warnings.warn("no palette source for the graphics of " + archive.path() +
+        warnings.warn("no palette source for the graphics of " + archivePath +
                       ", which is not in the game's catalogue; they show in black with the colours they hold "
                       "themselves");
     else if (!found && !missing)
@@ -143,8 +150,8 @@ PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
     if (path.empty()) {
         source.missing = true;
         source.problem = "palette source " + name + ".LBX not found " +
-                         (folder == std::filesystem::path(archive.path()).parent_path().string()
-                              ? "beside " + archive.path()
+                         (folder == std::filesystem::path(archivePath).parent_path().string()
+                              ? "beside " + archivePath
                               : "in '" + folder + "'") +
                          "; graphics that need it show in black with the colours they hold themselves" +
                          (naming.empty() ? "" : " (" + naming + ")");

@@ -39,6 +39,9 @@ public:
     // be read is said to `warnings`, once for the archive whatever the number
     // of its graphics that miss it.
     PaletteSource(File& archive, const PaletteLookup& lookup, Files& files, Warnings& warnings);
+    // The same for an archive held in memory, which stands for the file at `path`.
+    PaletteSource(File& archive, const std::string& path, const PaletteLookup& lookup, Files& files,
+                  Warnings& warnings);
 
     // Every archive beside this one that a palette of it may come from: a
     // front end that writes keeps its writes off them, whichever entries
@@ -73,6 +76,7 @@ private:
 
     std::mutex turn;
     File& archive;
+    std::string archivePath;
     Files& files;
     Warnings& warnings;
     std::string folder;

@@ -164,18 +164,15 @@ void readPalette(png_structp png, png_infop info, Picture& picture)
     png_bytep alphas = nullptr;
     int transparent = 0;
     png_get_tRNS(png, info, &alphas, &transparent, nullptr);
-    picture.palette.assign(PALETTE_BYTES, 0);
+    std::vector<unsigned char> palette(std::size_t(entries) * PIXEL_SIZE);
     for (int i = 0; i < entries; ++i) {
-        unsigned char* entry = &picture.palette[i * PIXEL_SIZE];
+        unsigned char* entry = &palette[i * PIXEL_SIZE];
         entry[RED] = colors[i].red;
         entry[GREEN] = colors[i].green;
         entry[BLUE] = colors[i].blue;
         entry[ALPHA] = i < transparent ? alphas[i] : OPAQUE;
     }
-    if (entries != static_cast<int>(COLORS)) {
-        picture.pixels = rgbaOf(picture);
-        picture.indexed = false;
-    }
+    takePalette(picture, palette);
 }
 
 // The PNG file of `pixels`: indices into `palette` when there is one, each
@@ -262,17 +259,6 @@ Picture readPicture(const std::string& bytes, const std::string& name)
     if (picture.indexed)
         readPalette(png, info, picture);
     return picture;
-}
-
-std::vector<unsigned char> rgbaOf(const Picture& picture)
-{
-    if (!picture.indexed)
-        return picture.pixels;
-    std::vector<unsigned char> rgba;
-    rgba.reserve(picture.pixels.size() * PIXEL_SIZE);
-    for (const unsigned char index : picture.pixels)
-        rgba.insert(rgba.end(), &picture.palette[index * PIXEL_SIZE], &picture.palette[index * PIXEL_SIZE] + PIXEL_SIZE);
-    return rgba;
 }
 
 std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,

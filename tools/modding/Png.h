@@ -26,6 +26,11 @@ Picture readPicture(const std::string& bytes, const std::string& name);
 // The pixels of a picture as RGBA, an indexed one through its palette.
 std::vector<unsigned char> rgbaOf(const Picture& picture);
 
+// Gives an indexed picture the palette `entries` (RGBA, four bytes an
+// entry). Only a whole palette of 256 keeps the indices; with any other the
+// picture becomes RGBA.
+void takePalette(Picture& picture, const std::vector<unsigned char>& entries);
+
 // The PNG file of an 8-bit indexed picture with `palette`'s 256 RGBA entries
 // as its palette, an entry's alpha becoming its transparency.
 std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
