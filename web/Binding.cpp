@@ -1,10 +1,15 @@
-// What the web viewer asks of the library. The page writes each archive the
-// user opens into one folder of the in-memory file system and works from
-// there, so that palette sources are found beside it as `lbx export` finds
-// them, and messages name the file as the user named it.
+// What the browser page asks of the library and the modding core, in its
+// worker. The page writes each archive the user opens into one folder of the
+// in-memory file system and works from there, so that palette sources are
+// found beside it as `lbx export` finds them, and messages name the file as
+// the user named it. Edits go through the core's ArchiveEdits, as unpack, an
+// edit of the files and pack would make them; after each, the archive's file
+// in that folder is the edited one, which the page shows.
 
 #include "archive/File.h"
 #include "entry/Content.h"
+#include "tools/modding/Bps.h"
+#include "tools/modding/Edits.h"
 #include "images/Cursor.h"
 #include "images/Graphic.h"
 #include "tools/modding/EntryView.h"
@@ -157,6 +162,78 @@ public:
         return shown;
     }
 
+    // Edits, each answering { change, warnings } or { error }; a refused
+    // edit leaves the archive as it was.
+    val replaceFrame(unsigned int index, unsigned int frame, const std::string& png, bool nearest)
+    {
+        return edited([&] { return editing().replaceFrame(index, frame, png, rulesOf(nearest)); });
+    }
+    val addFrame(unsigned int index, const std::string& png, bool nearest)
+    {
+        return edited([&] { return editing().addFrame(index, png, rulesOf(nearest)); });
+    }
+    val removeFrame(unsigned int index, unsigned int frame)
+    {
+        return edited([&] { return editing().removeFrame(index, frame, {}); });
+    }
+    val setRecord(unsigned int index, unsigned int record, const std::string& line)
+    {
+        return edited([&] { return editing().setRecord(index, record, line, {}); });
+    }
+    val replaceSound(unsigned int index, const std::string& wave)
+    {
+        return edited([&] { return editing().replaceSound(index, wave, {}); });
+    }
+    // `patches`: [{ name, bytes }], mods in order or one BPS patch.
+    val applyPatches(const val& patches, bool preferLast)
+    {
+        return edited([&] {
+            std::vector<std::pair<std::string, std::string>> named;
+            for (unsigned int i = 0; i < patches["length"].as<unsigned int>(); ++i)
+                named.emplace_back(patches[i]["name"].as<std::string>(), patches[i]["bytes"].as<std::string>());
+            if (named.empty() || !isBps(named.front().second))
+                return editing().applyPatches(named, preferLast);
+            requireAlone(named.front().first, named.size());
+            return wholeFile(applyBps(editing().current().file(), path, named.front().second, named.front().first));
+        });
+    }
+    val undo()
+    {
+        return edited([&] { editing().undo(); return EditDone{}; });
+    }
+    val redo()
+    {
+        return edited([&] { editing().redo(); return EditDone{}; });
+    }
+    val state() const
+    {
+        val shown = val::object();
+        shown.set("canUndo", edits && edits->canUndo());
+        shown.set("canRedo", edits && edits->canRedo());
+        shown.set("edited", edits && (edits->current().header != edits->opened().header ||
+                                       edits->current().entries != edits->opened().entries));
+        return shown;
+    }
+    // How many bytes record `line`, in the text escape, takes, and the room
+    // there is; or the escape's own message.
+    val recordBytes(unsigned int index, const std::string& line)
+    {
+        val shown = val::object();
+        try {
+            const auto [bytes, room] = editing().recordBytes(index, line);
+            shown.set("bytes", bytes);
+            shown.set("room", room);
+        } catch (const std::exception& e) {
+            shown.set("error", std::string(e.what()));
+        }
+        return shown;
+    }
+    // What to download: the archive as edited, the edits as a mod, or as a
+    // BPS patch of the archive opened.
+    val archiveFile() { return bytesCopyOf(editing().current().file()); }
+    std::string mod(bool reversible) { return editing().mod(reversible); }
+    val bps() { return bytesCopyOf(editing().bps()); }
+
     val bytes(unsigned int index)
     {
         try {
@@ -168,6 +245,70 @@ public:
     }
 
 private:
+    static PackRules rulesOf(bool nearest)
+    {
+        PackRules rules;
+        rules.nearest = nearest;
+        return rules;
+    }
+
+    static val bytesCopyOf(const std::string& bytes)
+    {
+        return bytesCopy(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
+    }
+
+    // Runs `edit`; after it, the archive's file is the edited one, shown anew.
+    // The archive's edits, begun at the first: opening reads the file once.
+    ArchiveEdits& editing()
+    {
+        if (!file)
+            throw std::runtime_error(problem);
+        if (!edits)
+            edits = std::make_unique<ArchiveEdits>(files, path);
+        return *edits;
+    }
+
+    template <typename Edit>
+    val edited(const Edit& edit)
+    {
+        val shown = val::object();
+        try {
+            const EditDone done = edit();
+            shown.set("change", done.change);
+            val warnings = val::array();
+            for (const std::string& warning : done.warnings)
+                warnings.call<void>("push", warning);
+            shown.set("warnings", warnings);
+        } catch (const std::exception& e) {
+            shown.set("error", std::string(e.what()));
+        }
+        showCurrent();
+        return shown;
+    }
+
+    // A whole file a BPS patch made, taken when it is an archive.
+    EditDone wholeFile(const std::string& bytes)
+    {
+        files.write(path, bytes);
+        try {
+            editing().replaceWhole(readArchiveBytes(files, path));
+        } catch (...) {
+            showCurrent();
+            throw;
+        }
+        return {};
+    }
+
+    void showCurrent()
+    {
+        if (!edits)
+            return;
+        forgetPalettes();
+        file.reset();
+        files.write(path, edits->current().file());
+        file = std::make_unique<File>(path);
+    }
+
     Content* entry(unsigned int index)
     {
         if (!file)
@@ -234,6 +375,7 @@ private:
     std::string problem;
     PlainFiles files;
     std::unique_ptr<File> file;
+    std::unique_ptr<ArchiveEdits> edits;
     std::unique_ptr<PaletteSource> sources;
     std::map<unsigned int, PaletteArray> palettes;
     Image sheet;
@@ -251,5 +393,18 @@ EMSCRIPTEN_BINDINGS(lbx)
         .function("describe", &Archive::describe)
         .function("frame", &Archive::frame)
         .function("glyphs", &Archive::glyphs)
-        .function("bytes", &Archive::bytes);
+        .function("bytes", &Archive::bytes)
+        .function("replaceFrame", &Archive::replaceFrame)
+        .function("addFrame", &Archive::addFrame)
+        .function("removeFrame", &Archive::removeFrame)
+        .function("setRecord", &Archive::setRecord)
+        .function("replaceSound", &Archive::replaceSound)
+        .function("applyPatches", &Archive::applyPatches)
+        .function("undo", &Archive::undo)
+        .function("redo", &Archive::redo)
+        .function("state", &Archive::state)
+        .function("recordBytes", &Archive::recordBytes)
+        .function("archiveFile", &Archive::archiveFile)
+        .function("mod", &Archive::mod)
+        .function("bps", &Archive::bps);
 }

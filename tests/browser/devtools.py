@@ -173,6 +173,14 @@ class Browser:
                 raise Failure(f"still false after {timeout} s: {expression}")
             time.sleep(0.05)
 
+    def choose(self, selector, paths):
+        """Hands files to a file picker of the page, as a person choosing them would."""
+        root = self.call("DOM.getDocument", depth=-1)["root"]["nodeId"]
+        picker = self.call("DOM.querySelector", nodeId=root, selector=selector)["nodeId"]
+        if picker == 0:
+            raise Failure(f"no {selector} on the page")
+        self.call("DOM.setFileInputFiles", nodeId=picker, files=[str(p) for p in paths])
+
     def screenshot(self, path):
         data = self.call("Page.captureScreenshot", format="png")["data"]
         with open(path, "wb") as out:

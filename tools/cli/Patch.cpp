@@ -31,9 +31,7 @@ struct PatchOptions {
 int patchWholeFile(const PatchOptions& options, const SafeWriter& writer, Files& files, const std::string& patch)
 {
     const std::string& path = options.patches.front();
-    if (options.patches.size() > 1)
-        throw std::runtime_error("'" + path + "' is a BPS patch, which applies alone: patch with it first, then " +
-                                 "with the others");
+    requireAlone(path, options.patches.size());
     if (options.reverse)
         throw std::runtime_error("'" + path + "' is a BPS patch, which cannot be undone");
     const std::string target = applyBps(files.read(options.base), options.base, patch, path);

@@ -331,4 +331,11 @@ std::string applyBps(const std::string& source, const std::string& sourcePath, c
     return PatchReader(patch, patchPath).apply(source, sourcePath);
 }
 
+void requireAlone(const std::string& path, std::size_t patches)
+{
+    if (patches > 1)
+        throw std::runtime_error("'" + path + "' is a BPS patch, which applies alone: patch with it first, then " +
+                                 "with the others");
+}
+
 } // namespace lbxtool

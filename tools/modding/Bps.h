@@ -15,6 +15,10 @@ bool isBps(const std::string& bytes);
 // their bytes are the same.
 std::string bpsPatch(const std::string& source, const std::string& target);
 
+// A BPS patch makes a whole file of another, so it goes alone: throws,
+// naming the patch at `path`, when it comes among `patches` patches.
+void requireAlone(const std::string& path, std::size_t patches);
+
 // `source`, the file at `sourcePath`, patched by `patch`, the file at
 // `patchPath`. A damaged patch, or one made for another source, is refused
 // with a message that names it.
