@@ -31,12 +31,13 @@
     if (data.failure !== undefined) reject(new Error(data.failure));
     else resolve(data.value);
   };
-  // Bytes handed over travel without a copy; the caller keeps none of them.
-  const call = (archive, method, ...args) => new Promise((resolve, reject) => {
+  const ask = (archive, method, args, handed) => new Promise((resolve, reject) => {
     waiting.set(++nextCall, { resolve, reject });
-    const handed = args.filter((arg) => arg instanceof Uint8Array).map((bytes) => bytes.buffer);
     worker.postMessage({ id: nextCall, archive, method, args }, handed);
   });
+  const call = (archive, method, ...args) => ask(archive, method, args, []);
+  // A whole archive travels without a copy; the page keeps none of it.
+  const handOver = (archive, method, bytes) => ask(archive, method, [bytes], [bytes.buffer]);
 
   lbxPage.setupZoom(document.getElementById('zoom'));
 
@@ -80,6 +81,8 @@
   // The outcome of an edit in the archive's own message area: the change
   // as pack says it, warnings, or the refusal, with the nearest colours
   // offered where the palette lacks a colour.
+  // The page counts the outcomes it has shown in data-edits.
+  let outcomes = 0;
   async function edited(name, outcome, retryNearest) {
     const section = document.getElementById(stemOf(name));
     const area = section.querySelector('.messages');
@@ -91,11 +94,12 @@
         nearest.addEventListener('click', async () => edited(name, await retryNearest(), null));
         area.append(make('p', {}, nearest));
       }
-      return;
+    } else {
+      for (const warning of outcome.warnings ?? []) say(area, 'warning: ' + warning);
+      if (outcome.change) say(area, 'changed ' + outcome.change);
+      await refresh(stemOf(name));
     }
-    for (const warning of outcome.warnings ?? []) say(area, 'warning: ' + warning);
-    if (outcome.change) say(area, 'changed ' + outcome.change);
-    await refresh(stemOf(name));
+    document.body.dataset.edits = String(++outcomes);
   }
 
   function frameTools(name, index, entry, card) {
@@ -310,7 +314,7 @@
   async function open(files) {
     const archives = [...files].filter((file) => !/\.(lbxmod|json|bps)$/i.test(file.name));
     for (const file of archives) {
-      await call(file.name, 'open', await bytesOf(file));
+      await handOver(file.name, 'open', await bytesOf(file));
       opened.add(file.name);
     }
     await refresh();
