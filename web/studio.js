@@ -118,13 +118,14 @@
       edited(name, await call(name, 'addFrame', index, png, false), () => call(name, 'addFrame', index, png, true));
     });
     remove.addEventListener('click', async () => edited(name, await call(name, 'removeFrame', index, Number(number.value))));
-    // A PNG dropped on a frame replaces that frame.
+    // A PNG dropped on a frame replaces that frame; on the player, the
+    // frame it shows.
     card.addEventListener('drop', (event) => {
-      const frame = event.target.closest('canvas[data-frame]');
-      if (!frame || event.dataTransfer.files.length === 0) return;
+      const canvas = event.target.closest('canvas');
+      if (!canvas || event.dataTransfer.files.length === 0) return;
       event.preventDefault();
       event.stopPropagation();
-      replaceWith(event.dataTransfer.files[0], Number(frame.dataset.frame));
+      replaceWith(event.dataTransfer.files[0], Number(canvas.dataset.frame ?? card.player?.shown ?? 0));
     });
     card.append(make('p', { class: 'edit' }, make('label', {}, 'frame ', number), ' ', replaceLabel, ' ', remove, ' ', addLabel));
   }
@@ -147,6 +148,7 @@
     const player = make('div', { class: 'player' }, canvas);
     card.append(player);
     const playing = new lbxPage.Player(player, entry.frames, entry.loop, (number) => frame(canvas, number));
+    card.player = playing;
     player.querySelector('.controls').append(pngButton(canvas, () => playing.shown));
     card.append(make('p', { class: 'note' }, (entry.loop ? 'loops' : 'plays once, as it has no loop flag')
       + (entry.delta ? '; frames that build on the one before are shown drawn over it, as the game shows them' : '')));
@@ -312,7 +314,10 @@
   }
 
   async function open(files) {
-    const archives = [...files].filter((file) => !/\.(lbxmod|json|bps)$/i.test(file.name));
+    const archives = [...files].filter((file) => !/\.(lbxmod|json|bps|png|wav)$/i.test(file.name));
+    if (archives.length < files.length)
+      say(messages, 'Pictures and sounds go on the entry they replace, mods and patches on the archive they change; ' +
+                    'only archives open on their own.');
     for (const file of archives) {
       await handOver(file.name, 'open', await bytesOf(file));
       opened.add(file.name);
