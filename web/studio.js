@@ -60,10 +60,17 @@
 
   const bytesOf = async (file) => new Uint8Array(await file.arrayBuffer());
   const stemOf = (name) => name.replace(/\.[^.]*$/, '');
-  const fileInput = (label, accept, action, multiple = false) => {
+  // A file picker that hands its files to `chosen` and is then empty again,
+  // so that the same file can be chosen once more.
+  const fileInput = (label, accept, action, chosen, multiple = false) => {
     const input = make('input', { type: 'file', accept, class: action });
-    if (multiple) input.multiple = true;
-    return [make('label', {}, label, input), input];
+    input.multiple = multiple;
+    input.addEventListener('change', () => {
+      const files = [...input.files];
+      input.value = '';
+      if (files.length > 0) chosen(files);
+    });
+    return make('label', {}, label, input);
   };
 
   function swatch(palette) {
@@ -104,17 +111,16 @@
 
   function frameTools(name, index, entry, card) {
     const number = make('input', { type: 'number', class: 'frame-number', min: 0, max: entry.frames - 1, value: 0 });
-    const [replaceLabel, replace] = fileInput('replace it with a PNG ', '.png,image/png', 'replace-frame');
-    const [addLabel, add] = fileInput('add a frame ', '.png,image/png', 'add-frame');
     const remove = make('button', { class: 'remove-frame' }, 'remove it');
     const replaceWith = async (file, frame) => {
       const png = await bytesOf(file);
       edited(name, await call(name, 'replaceFrame', index, frame, png, false),
              () => call(name, 'replaceFrame', index, frame, png, true));
     };
-    replace.addEventListener('change', () => replaceWith(replace.files[0], Number(number.value)));
-    add.addEventListener('change', async () => {
-      const png = await bytesOf(add.files[0]);
+    const replaceLabel = fileInput('replace it with a PNG ', '.png,image/png', 'replace-frame',
+                                   ([file]) => replaceWith(file, Number(number.value)));
+    const addLabel = fileInput('add a frame ', '.png,image/png', 'add-frame', async ([file]) => {
+      const png = await bytesOf(file);
       edited(name, await call(name, 'addFrame', index, png, false), () => call(name, 'addFrame', index, png, true));
     });
     remove.addEventListener('click', async () => edited(name, await call(name, 'removeFrame', index, Number(number.value))));
@@ -204,9 +210,8 @@
   }
 
   function sound(name, index, card) {
-    const [label, input] = fileInput('replace it with a WAVE file ', '.wav,audio/wav', 'replace-sound');
-    input.addEventListener('change', async () =>
-      edited(name, await call(name, 'replaceSound', index, await bytesOf(input.files[0]))));
+    const label = fileInput('replace it with a WAVE file ', '.wav,audio/wav', 'replace-sound', async ([file]) =>
+      edited(name, await call(name, 'replaceSound', index, await bytesOf(file))));
     card.append(make('p', { class: 'edit' }, label));
   }
 
@@ -264,13 +269,12 @@
     reversible.addEventListener('click', async () => download(`${stemOf(name)}.lbxmod`, await call(name, 'mod', true), 'application/json'));
     const bps = button('a BPS patch', 'download-bps', state.edited);
     bps.addEventListener('click', async () => download(`${stemOf(name)}.bps`, await call(name, 'bps')));
-    const [applyLabel, apply] = fileInput('apply mods or a BPS patch ', '.lbxmod,.json,.bps', 'apply-patches', true);
     const preferLast = make('input', { type: 'checkbox', class: 'prefer-last' });
-    apply.addEventListener('change', async () => {
+    const applyLabel = fileInput('apply mods or a BPS patch ', '.lbxmod,.json,.bps', 'apply-patches', async (files) => {
       const patches = [];
-      for (const file of apply.files) patches.push({ name: file.name, bytes: await bytesOf(file) });
+      for (const file of files) patches.push({ name: file.name, bytes: await bytesOf(file) });
       edited(name, await call(name, 'applyPatches', patches, preferLast.checked));
-    });
+    }, true);
     return make('p', { class: 'tools' }, undo, ' ', redo, ' ', save, ' ', mod, ' ', reversible, ' ', bps, ' ', applyLabel, ' ',
                 make('label', {}, preferLast, ' the later mod wins'));
   }
@@ -326,7 +330,11 @@
   }
 
   const input = document.getElementById('files');
-  input.addEventListener('change', () => open([...input.files]));
+  input.addEventListener('change', () => {
+    const files = [...input.files];
+    input.value = '';
+    open(files);
+  });
   document.addEventListener('dragover', (event) => event.preventDefault());
   document.addEventListener('drop', (event) => {
     event.preventDefault();

@@ -49,6 +49,12 @@ class Studio:
             return done.stderr.decode().removeprefix("lbx: ").strip()
         return (self.work.parent / "packed.lbx").read_bytes()
 
+    def reopen(self, archive):
+        """The archive as the sample has it, opened anew, its edits gone."""
+        before = self.browser.evaluate("Number(document.body.dataset.shown)")
+        self.browser.choose("#files", [self.work / archive])
+        self.browser.wait_until(f"Number(document.body.dataset.shown) > {before}")
+
     def card(self, stem, index):
         selector = f"#{stem}-{index}"
         self.browser.evaluate(f"document.querySelector('{selector}').scrollIntoView()")
@@ -145,6 +151,7 @@ def check_frames(studio, checks, sample):
 
 
 def check_refusals(studio, checks, sample):
+    studio.reopen("INBOX.LBX")
     before = studio.download("INBOX", "download-archive")
     bad = studio.work.parent / "bad.png"
     bad.write_bytes(b"GIF89a this is no PNG")
@@ -175,6 +182,87 @@ def check_refusals(studio, checks, sample):
     # The page's archive holds the earlier edits of other frames too: the frame is compared.
     checks.expect(frame_of(studio, studio.download("INBOX", "download-archive"), 4) == frame_of(studio, nearest, 4),
                   "the nearest colours taken are what pack --nearest takes")
+
+
+def check_png_forms(studio, checks):
+    """Every form a PNG may take reads in the page as libpng reads it for pack: a
+    frame replaced by each, the nearest colours taken, gives the frame pack
+    --nearest makes of it."""
+    source = next((studio.work.parent / "rgba").glob("*_002.png"))
+    forms = studio.work.parent / "forms"
+    forms.mkdir()
+    made = subprocess.run([sys.executable, "-c", PNG_FORMS, str(source), str(forms)], capture_output=True, text=True)
+    checks.expect(made.returncode == 0, f"the PNG forms are made: {made.stderr}")
+    studio.reopen("INBOX.LBX")
+    for png in sorted(forms.iterdir()):
+        card = studio.card("INBOX", 1)
+        studio.set_frame(card, 5)
+        studio.choose(f"{card} input.replace-frame", png)
+        if studio.browser.evaluate("document.querySelector('#INBOX button.nearest') !== null"):
+            studio.click("#INBOX button.nearest")
+        page = studio.download("INBOX", "download-archive")
+        packed = studio.packed("INBOX.LBX", lambda folder: shutil.copy(png, folder / "INBOX_001_005.png"), "--nearest")
+        checks.expect(page == packed,
+                      f"a frame from a PNG of {png.stem} is the one pack makes: {said(packed)}, "
+                      f"the page says {studio.message('INBOX')!r}")
+
+
+# One RGBA picture written in the PNG forms other programs write, with the
+# standard library only: greys, 16 bits, packed samples, small palettes,
+# transparency by tRNS.
+PNG_FORMS = r"""
+import struct, sys, zlib, pathlib
+data = open(sys.argv[1], 'rb').read()
+at, chunks = 8, []
+while at < len(data):
+    length, kind = struct.unpack('>I4s', data[at:at + 8])
+    chunks.append((kind, data[at + 8:at + 8 + length]))
+    at += 12 + length
+width, height, depth, colour = struct.unpack('>IIBB', dict(chunks)[b'IHDR'][:10])
+assert depth == 8 and colour == 6
+raw = zlib.decompress(b''.join(body for kind, body in chunks if kind == b'IDAT'))
+rows = [raw[y * (width * 4 + 1) + 1:(y + 1) * (width * 4 + 1)] for y in range(height)]
+pixels = [[tuple(row[x * 4:x * 4 + 4]) for x in range(width)] for row in rows]
+grey = lambda p: (p[0] * 3 + p[1] * 6 + p[2]) // 10
+
+def chunk(kind, body):
+    return struct.pack('>I', len(body)) + kind + body + struct.pack('>I', zlib.crc32(kind + body))
+
+def packed(values, bits):
+    out, byte, used = bytearray(), 0, 0
+    for value in values:
+        byte = (byte << bits) | value
+        used += bits
+        if used == 8:
+            out.append(byte)
+            byte, used = 0, 0
+    if used:
+        out.append(byte << (8 - used))
+    return bytes(out)
+
+def png(name, colour, depth, row_bytes, extra=b''):
+    body = b''.join(b'\0' + row_bytes(row) for row in pixels)
+    ihdr = struct.pack('>IIBBBBB', width, height, depth, colour, 0, 0, 0)
+    pathlib.Path(sys.argv[2], name + '.png').write_bytes(b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', ihdr) + extra +
+                                                       chunk(b'IDAT', zlib.compress(body)) + chunk(b'IEND', b''))
+
+colours = sorted({p[:3] for row in pixels for p in row})
+small = colours[:16]
+nearest = lambda p: min(range(len(small)), key=lambda i: sum((a - b) ** 2 for a, b in zip(small[i], p[:3])))
+key = pixels[0][0][:3]
+png('RGB, 8 bits', 2, 8, lambda row: b''.join(bytes(p[:3]) for p in row))
+png('RGBA, 16 bits', 6, 16, lambda row: b''.join(struct.pack('>4H', *(v * 257 for v in p)) for p in row))
+png('grey, 8 bits', 0, 8, lambda row: bytes(grey(p) for p in row))
+png('grey and alpha, 8 bits', 4, 8, lambda row: b''.join(bytes((grey(p), p[3])) for p in row))
+png('grey, 4 bits', 0, 4, lambda row: packed([grey(p) >> 4 for p in row], 4))
+png('grey, 16 bits, a grey made transparent', 0, 16, lambda row: b''.join(struct.pack('>H', grey(p) * 257) for p in row),
+    chunk(b'tRNS', struct.pack('>H', grey(pixels[0][0]) * 257)))
+png('RGB, a colour made transparent', 2, 8, lambda row: b''.join(bytes(p[:3]) for p in row),
+    chunk(b'tRNS', struct.pack('>3H', *key)))
+png('palette of 16, 4 bits', 3, 4, lambda row: packed([nearest(p) for p in row], 4),
+    chunk(b'PLTE', b''.join(bytes(c) for c in small)) + chunk(b'tRNS', bytes([0] + [255] * (len(small) - 1))))
+png('palette of 16, 8 bits', 3, 8, lambda row: bytes(nearest(p) for p in row), chunk(b'PLTE', b''.join(bytes(c) for c in small)))
+"""
 
 
 def frame_of(studio, archive, number):
@@ -310,6 +398,7 @@ def main(web, lbx, out):
         browser.wait_until(f"document.querySelectorAll('section.archive').length === {len(ARCHIVES)}")
         check_frames(studio, checks, sample)
         check_refusals(studio, checks, sample)
+        check_png_forms(studio, checks)
         check_text_and_sound(studio, checks)
         check_mods(studio, checks, sample)
         print(f"screenshot: {out / 'studio.png'}")

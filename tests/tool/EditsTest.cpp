@@ -122,6 +122,17 @@ TEST_F(Edits, EachEditInMemoryIsWhatPackMakesOfTheSameEditOfTheFiles)
         {"replace a frame", "INBOX.LBX",
          [&](const std::string& folder) { writeFile(frameFile(folder, "INBOX_001", 0), frame2); },
          [&](ArchiveEdits& edits) { edits.replaceFrame(1, 0, frame2, {}); }},
+        {"two frames, one edit after the other", "INBOX.LBX",
+         [&](const std::string& folder) {
+             writeFile(frameFile(folder, "INBOX_001", 0), frame2);
+             writeFile(frameFile(folder, "INBOX_001", 5), frame2);
+         },
+         [&](ArchiveEdits& edits) {
+             edits.replaceFrame(1, 0, frame2, {});
+             edits.replaceFrame(1, 5, frame2, {});
+             edits.undo(); // the undone edit goes, the one before stays
+             edits.redo();
+         }},
         {"add a frame", "INBOX.LBX",
          [&](const std::string& folder) {
              lbxtool::Json manifest = readManifest(folder);
@@ -152,9 +163,13 @@ TEST_F(Edits, EachEditInMemoryIsWhatPackMakesOfTheSameEditOfTheFiles)
         edit.inMemory(edits);
         EXPECT_EQ(firstDifference(edits.current().file(), readFile(dir.path("packed.lbx"))), "the same") << edit.name;
         EXPECT_TRUE(edits.current().file() != edits.opened().file()) << edit.name;
-        edits.undo();
-        EXPECT_EQ(firstDifference(edits.current().file(), readFile(dir.path(std::string("work/") + edit.archive))), "the same") << edit.name;
-        edits.redo();
+        while (edits.canUndo())
+            edits.undo();
+        EXPECT_EQ(firstDifference(edits.current().file(), readFile(dir.path(std::string("work/") + edit.archive))),
+                  "the same")
+            << edit.name;
+        while (edits.canRedo())
+            edits.redo();
         EXPECT_EQ(firstDifference(edits.current().file(), readFile(dir.path("packed.lbx"))), "the same") << edit.name;
     }
 }

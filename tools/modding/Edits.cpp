@@ -48,8 +48,11 @@ std::string ArchiveEdits::folder() const
     return safeStem(name);
 }
 
-UnpackedEntry ArchiveEdits::unpacked(unsigned int index, Warnings& warnings) const
+UnpackedEntry ArchiveEdits::filesOf(unsigned int index, Warnings& warnings) const
 {
+    const auto found = edited.find(index);
+    if (found != edited.end())
+        return found->second;
     std::unique_ptr<File> archive = archiveOf(now, name);
     if (index >= archive->size())
         throw std::runtime_error(entryCalled(index) + " is not in the archive");
@@ -60,7 +63,7 @@ UnpackedEntry ArchiveEdits::unpacked(unsigned int index, Warnings& warnings) con
 EditDone ArchiveEdits::edit(unsigned int index, const PackRules& rules, const FormEdit& change)
 {
     Collected warnings;
-    UnpackedEntry entry = unpacked(index, warnings);
+    UnpackedEntry entry = filesOf(index, warnings);
     change(entry);
     // Pack looks an entry up by its place in the manifest's list.
     Json entries = Json::array();
@@ -83,6 +86,7 @@ EditDone ArchiveEdits::edit(unsigned int index, const PackRules& rules, const Fo
     std::vector<std::size_t> sizes = now.sizes();
     sizes[index] = after.entry.size();
     after.header = writtenHeader(sizes);
+    after.files = std::move(entry);
     commit(std::move(after));
     return {packed.change, warnings.said};
 }
@@ -121,7 +125,11 @@ EditDone ArchiveEdits::addFrame(unsigned int index, const std::string& png, cons
 {
     return edit(index, rules, [&](UnpackedEntry& entry) {
         Json& frames = framesOf(entry, index);
-        const std::string file = frameFileName(folder(), index, static_cast<unsigned int>(frames.size()));
+        // Named as the frame after the last, unless a file has that name.
+        unsigned int number = static_cast<unsigned int>(frames.size());
+        while (entry.files.count(frameFileName(folder(), index, number)) != 0)
+            ++number;
+        const std::string file = frameFileName(folder(), index, number);
         frames.push_back(file);
         entry.files[file] = png;
     });
@@ -193,10 +201,20 @@ void ArchiveEdits::replaceWhole(ArchiveBytes archive)
 ArchiveEdits::Revision ArchiveEdits::swapIn(Revision revision)
 {
     std::swap(now.header, revision.header);
-    if (revision.whole)
+    if (revision.whole) {
         std::swap(now.entries, revision.entries);
-    else
-        std::swap(now.entries[revision.index], revision.entry);
+        std::swap(edited, revision.allFiles);
+        return revision;
+    }
+    std::swap(now.entries[revision.index], revision.entry);
+    std::optional<UnpackedEntry> before;
+    if (const auto found = edited.find(revision.index); found != edited.end()) {
+        before = std::move(found->second);
+        edited.erase(found);
+    }
+    if (revision.files)
+        edited.emplace(revision.index, std::move(*revision.files));
+    revision.files = std::move(before);
     return revision;
 }
 

@@ -8,14 +8,17 @@
 #include "tools/modding/Unpack.h"
 
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
 // An archive edited in place, one entry at a time, by a front end that
-// holds it in memory (the browser page). Each edit is made as unpack, an
-// edit of the unpacked files and pack would make it, with their checks and
-// messages, so that the result is what `lbx pack` makes of the same edit;
-// a refused edit leaves the archive as it was.
+// holds it in memory (the browser page). Each edit is made as a modder
+// makes it on the command line: the entry unpacked once, its files edited
+// one change after another, and packed, with pack's checks and messages, so
+// that the result is what `lbx pack` makes of the same edits; a refused edit
+// leaves the archive, and the files, as they were.
 namespace lbxtool {
 
 // What an edit did: pack's line for the entry that changed ("INBOX.LBX[1]:
@@ -68,21 +71,24 @@ public:
 private:
     using FormEdit = std::function<void(UnpackedEntry&)>;
     EditDone edit(unsigned int index, const PackRules& rules, const FormEdit& change);
-    UnpackedEntry unpacked(unsigned int index, Warnings& warnings) const;
+    // The entry's files as edited so far; unpacked at its first edit.
+    UnpackedEntry filesOf(unsigned int index, Warnings& warnings) const;
     std::string folder() const;
     std::string entryCalled(unsigned int index) const;
     Json& framesOf(UnpackedEntry& entry, unsigned int index) const;
     std::string& fileOf(UnpackedEntry& entry, unsigned int index, const char* kind) const;
     void requireFrame(const Json& frames, unsigned int index, unsigned int frame) const;
 
-    // What an edit replaced, to swap back in: one entry and the header area,
-    // or every entry.
+    // What an edit replaced, to swap back in: one entry, its files and the
+    // header area, or every entry, whose files are then unpacked anew.
     struct Revision {
         std::string header;
         bool whole = false;
         unsigned int index = 0;
         std::string entry;
+        std::optional<UnpackedEntry> files;
         std::vector<std::string> entries;
+        std::map<unsigned int, UnpackedEntry> allFiles;
     };
     Revision swapIn(Revision revision);
     void commit(Revision revision);
@@ -91,6 +97,7 @@ private:
     std::string name;
     ArchiveBytes base;
     ArchiveBytes now;
+    std::map<unsigned int, UnpackedEntry> edited; // the files of each entry edited, by index
     std::vector<Revision> done;   // the last edit last
     std::vector<Revision> undone; // the last undone last
 };
