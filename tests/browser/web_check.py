@@ -146,6 +146,8 @@ def check_served(browser, checks, web, sample):
         browser.wait_until(READY)
         choose(browser, [sample / "INBOX.LBX", sample / "FONTS.LBX"])
         browser.wait_until("document.querySelectorAll('section.archive').length === 2")
+        problems = browser.call("Page.getInstallabilityErrors")["installabilityErrors"]
+        checks.expect(problems == [], f"served, the page installs as an app: {problems}")
         checks.expect(requests_leaving(browser, origin) == [],
                       f"no request leaves the page's origin: {requests_leaving(browser, origin)}")
     finally:
