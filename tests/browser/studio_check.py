@@ -121,8 +121,9 @@ def check_frames(studio, checks, sample):
     patched = studio.run("patch", "INBOX.LBX", "../page.lbxmod", "-o", "../patched.lbx")
     checks.expect(patched.returncode == 0 and (studio.work.parent / "patched.lbx").read_bytes() == expected,
                   f"the page's mod is one lbx patch applies: {patched.stderr!r}")
-    (studio.work.parent / "page.bps").write_bytes(studio.download("INBOX", "download-bps"))
-    patched = studio.run("patch", "INBOX.LBX", "../page.bps", "-o", "../whole.lbx")
+    studio.frame_edited = expected
+    (studio.work / "page.bps").write_bytes(studio.download("INBOX", "download-bps"))
+    patched = studio.run("patch", "INBOX.LBX", "page.bps", "-o", "../whole.lbx")
     checks.expect(patched.returncode == 0 and (studio.work.parent / "whole.lbx").read_bytes() == expected,
                   f"the page's BPS patch is one lbx patch applies: {patched.stderr!r}")
 
@@ -377,6 +378,22 @@ def check_mods(studio, checks, sample):
     checks.expect(studio.download("STARNAME", "download-archive") == before, "and the archive is unchanged")
 
 
+def check_bps(studio, checks):
+    """A BPS patch applied in the page, and one made for another file refused."""
+    studio.reopen("INBOX.LBX")
+    studio.choose("#INBOX input.apply-patches", studio.work / "page.bps")
+    checks.expect(studio.download("INBOX", "download-archive") == studio.frame_edited,
+                  f"a BPS patch applied in the page gives what it was made of: {studio.message('INBOX')!r}")
+    before = studio.download("STARNAME", "download-archive")
+    studio.choose("#STARNAME input.apply-patches", studio.work / "page.bps")
+    (studio.work.parent / "pagecopy" / "STARNAME.LBX").write_bytes(before)
+    refused = studio.run("patch", "../pagecopy/STARNAME.LBX", "page.bps", "-o", "../never.lbx").stderr.decode()
+    shown = studio.message("STARNAME")
+    checks.expect(refused != "" and shown == refused.removeprefix("lbx: ").strip().replace("../pagecopy/", ""),
+                  f"a BPS patch for another file: the page says {shown!r}, patch says {refused!r}")
+    checks.expect(studio.download("STARNAME", "download-archive") == before, "and the archive is unchanged")
+
+
 def main(web, lbx, out):
     find_chromium()
     page = pathlib.Path(web) / "index.html"
@@ -401,6 +418,7 @@ def main(web, lbx, out):
         check_png_forms(studio, checks)
         check_text_and_sound(studio, checks)
         check_mods(studio, checks, sample)
+        check_bps(studio, checks)
         print(f"screenshot: {out / 'studio.png'}")
         checks.expect(browser.problems == [], f"no console error: {browser.problems}")
     return checks.finish()
