@@ -257,7 +257,6 @@ private:
         return bytesCopy(reinterpret_cast<const unsigned char*>(bytes.data()), bytes.size());
     }
 
-    // Runs `edit`; after it, the archive's file is the edited one, shown anew.
     // The archive's edits, begun at the first: opening reads the file once.
     ArchiveEdits& editing()
     {
@@ -268,12 +267,15 @@ private:
         return *edits;
     }
 
+    // Runs `edit`; after it, the archive's file is the edited one, shown
+    // anew. A refused edit changed nothing.
     template <typename Edit>
     val edited(const Edit& edit)
     {
         val shown = val::object();
         try {
             const EditDone done = edit();
+            showCurrent();
             shown.set("change", done.change);
             val warnings = val::array();
             for (const std::string& warning : done.warnings)
@@ -282,7 +284,6 @@ private:
         } catch (const std::exception& e) {
             shown.set("error", std::string(e.what()));
         }
-        showCurrent();
         return shown;
     }
 
