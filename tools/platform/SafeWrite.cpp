@@ -2,11 +2,13 @@
 
 #include "tools/modding/Files.h"
 #include "tools/modding/Header.h"
+#include "tools/platform/Signals.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -62,8 +64,10 @@ public:
     Temporary(std::string path, const std::string& target) : path(std::move(path))
     {
         descriptor = ::open(this->path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE_MODE);
-        if (descriptor >= 0)
+        if (descriptor >= 0) {
+            onSignal.emplace(this->path);
             return;
+        }
         if (errno == EEXIST)
             throw inTheWay(this->path, target);
         throw systemFailure(target);
@@ -109,6 +113,8 @@ public:
 
 private:
     bool placed = false;
+    // Gone after the file is, so that no signal in between leaves it.
+    std::optional<RemovedOnSignal> onSignal;
 };
 
 // The rename itself reaches the disk only with the folder's own sync.
