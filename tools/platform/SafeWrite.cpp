@@ -63,6 +63,7 @@ class Temporary {
 public:
     Temporary(std::string path, const std::string& target) : path(std::move(path))
     {
+        const HeldSignals made; // a signal delivered as open returns would find the file unregistered
         descriptor = ::open(this->path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE_MODE);
         if (descriptor >= 0) {
             onSignal.emplace(this->path);

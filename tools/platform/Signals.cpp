@@ -45,6 +45,15 @@ void removeHeld(Slot& slot)
         ::unlink(path);
 }
 
+sigset_t endingSignals()
+{
+    sigset_t set;
+    sigemptyset(&set);
+    for (const int signal : ENDING_SIGNALS)
+        sigaddset(&set, signal);
+    return set;
+}
+
 // Only calls that are safe in a handler. The signal's own action is the
 // default again (SA_RESETHAND) and it is blocked while this runs: raised
 // here, it ends the process as soon as this returns.
@@ -64,9 +73,7 @@ void removeTemporariesOnSignal()
     struct sigaction action = {};
     action.sa_handler = removeAndEnd;
     action.sa_flags = SA_RESETHAND;
-    sigemptyset(&action.sa_mask);
-    for (const int signal : ENDING_SIGNALS)
-        sigaddset(&action.sa_mask, signal); // a second Ctrl-C waits for the first to finish
+    action.sa_mask = endingSignals(); // a second Ctrl-C waits for the first to finish
     for (const int signal : ENDING_SIGNALS) {
         struct sigaction former;
         if (::sigaction(signal, nullptr, &former) == 0 && former.sa_handler != SIG_IGN)
@@ -99,6 +106,17 @@ RemovedOnSignal::~RemovedOnSignal()
         return;
     slots[slot].generation.fetch_add(1, std::memory_order_release);
     slots[slot].taken.store(false, std::memory_order_release);
+}
+
+HeldSignals::HeldSignals()
+{
+    const sigset_t ending = endingSignals();
+    ::pthread_sigmask(SIG_BLOCK, &ending, &former);
+}
+
+HeldSignals::~HeldSignals()
+{
+    ::pthread_sigmask(SIG_SETMASK, &former, nullptr);
 }
 
 } // namespace lbxtool

@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TOOLS_PLATFORM_SIGNALS_H
 #define ZORV2_LBX_TOOLS_PLATFORM_SIGNALS_H
 
+#include <csignal>
 #include <string>
 
 // A signal that ends the tool half-way (Ctrl-C, a kill, a closed terminal
@@ -26,6 +27,21 @@ public:
 
 private:
     int slot;
+};
+
+// While it stands, those signals wait on the calling thread, and threads it
+// starts keep them waiting for their lives: a file made and registered under
+// it cannot be left behind between the two, as long as every other thread
+// of the process waits too.
+class HeldSignals {
+public:
+    HeldSignals();
+    ~HeldSignals();
+    HeldSignals(const HeldSignals&) = delete;
+    HeldSignals& operator=(const HeldSignals&) = delete;
+
+private:
+    sigset_t former;
 };
 
 } // namespace lbxtool

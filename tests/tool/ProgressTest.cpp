@@ -1,0 +1,122 @@
+// The progress of long work, as a terminal shows it: drawn over itself on
+// one line of stderr, cleared for anything else said there and at its end;
+// nothing on a pipe, or with --quiet.
+
+#include "tools/platform/Report.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <chrono>
+#include <iostream>
+#include <pty.h>
+#include <regex>
+#include <string>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+enum class Stderr { TERMINAL, NARROW_TERMINAL, QUIET_TERMINAL, PIPE };
+
+// Three entries, the last two after the second that progress waits for,
+// with a warning between them; then a line on stdout.
+[[noreturn]] void longWork(Stderr where)
+{
+    if (where == Stderr::QUIET_TERMINAL)
+        lbxtool::silenceProgress();
+    {
+        lbxtool::WorkProgress progress("BIG.LBX", 3);
+        progress.advance();
+        std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+        progress.advance();
+        lbxtool::warn("a warning");
+        progress.advance();
+    }
+    std::cout << "done" << std::endl;
+    ::_exit(0);
+}
+
+// The work in a child, its stderr and stdout on the far end of `reading`.
+struct Child {
+    pid_t pid;
+    int reading;
+};
+
+Child started(Stderr where)
+{
+    if (where == Stderr::PIPE) {
+        int ends[2];
+        if (::pipe(ends) != 0)
+            return {-1, -1};
+        const pid_t pid = ::fork();
+        if (pid == 0) {
+            ::dup2(ends[1], STDOUT_FILENO);
+            ::dup2(ends[1], STDERR_FILENO);
+            longWork(where);
+        }
+        ::close(ends[1]);
+        return {pid, ends[0]};
+    }
+    struct winsize narrow = {};
+    narrow.ws_col = 20;
+    int reading = -1;
+    const pid_t pid = ::forkpty(&reading, nullptr, nullptr, where == Stderr::NARROW_TERMINAL ? &narrow : nullptr);
+    if (pid == 0)
+        longWork(where);
+    return {pid, reading};
+}
+
+// All that the child said, once it is gone.
+std::string said(const Child& child)
+{
+    std::string text;
+    char buffer[256];
+    ssize_t got;
+    // A terminal's far end reads EIO, not an end, once the child is gone.
+    while ((got = ::read(child.reading, buffer, sizeof buffer)) > 0 || (got < 0 && errno == EINTR))
+        text.append(buffer, got > 0 ? static_cast<std::size_t>(got) : 0);
+    ::close(child.reading);
+    ::waitpid(child.pid, nullptr, 0);
+    return text;
+}
+
+struct Display {
+    const char* name;
+    Stderr where;
+    const char* pattern; // of all that shows; a terminal ends lines with \r\n
+};
+
+const Display DISPLAYS[] = {
+    {"Terminal", Stderr::TERMINAL,
+     "\\r\\x1b\\[KBIG\\.LBX: 2 of 3 entries, \\d+\\.\\d a second"
+     "\\r\\x1b\\[Klbx: warning: a warning\\r\\n"
+     "\\r\\x1b\\[KBIG\\.LBX: 3 of 3 entries, \\d+\\.\\d a second"
+     "\\r\\x1b\\[Kdone\\r\\n"},
+    // Wider than the terminal, the line would wrap and stay; its end shows.
+    {"NarrowTerminal", Stderr::NARROW_TERMINAL,
+     "\\r\\x1b\\[Ktries, \\d\\.\\d a second"
+     "\\r\\x1b\\[Klbx: warning: a warning\\r\\n"
+     "\\r\\x1b\\[Ktries, \\d\\.\\d a second"
+     "\\r\\x1b\\[Kdone\\r\\n"},
+    {"Quiet", Stderr::QUIET_TERMINAL, "lbx: warning: a warning\\r\\ndone\\r\\n"},
+    {"Pipe", Stderr::PIPE, "lbx: warning: a warning\\ndone\\n"},
+};
+
+// All at once, so that their seconds of waiting overlap.
+TEST(Progress, ShowsOnlyOnATerminalAndClearsItselfForOtherLines)
+{
+    std::vector<Child> children;
+    for (const Display& display : DISPLAYS)
+        children.push_back(started(display.where));
+    for (std::size_t i = 0; i < children.size(); ++i) {
+        SCOPED_TRACE(DISPLAYS[i].name);
+        ASSERT_GE(children[i].pid, 0);
+        const std::string text = said(children[i]);
+        EXPECT_TRUE(std::regex_match(text, std::regex(DISPLAYS[i].pattern))) << testing::PrintToString(text);
+    }
+}
+
+} // namespace
