@@ -90,13 +90,16 @@ struct Display {
 };
 
 const Display DISPLAYS[] = {
+    // The first entry shows only if the child stalled for a second before it.
     {"Terminal", Stderr::TERMINAL,
+     "(\\r\\x1b\\[KBIG\\.LBX: 1 of 3 entries, \\d+\\.\\d a second)?"
      "\\r\\x1b\\[KBIG\\.LBX: 2 of 3 entries, \\d+\\.\\d a second"
      "\\r\\x1b\\[Klbx: warning: a warning\\r\\n"
      "\\r\\x1b\\[KBIG\\.LBX: 3 of 3 entries, \\d+\\.\\d a second"
      "\\r\\x1b\\[Kdone\\r\\n"},
     // Wider than the terminal, the line would wrap and stay; its end shows.
     {"NarrowTerminal", Stderr::NARROW_TERMINAL,
+     "(\\r\\x1b\\[K.{19})?"
      "\\r\\x1b\\[Ktries, \\d\\.\\d a second"
      "\\r\\x1b\\[Klbx: warning: a warning\\r\\n"
      "\\r\\x1b\\[Ktries, \\d\\.\\d a second"
