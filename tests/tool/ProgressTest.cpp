@@ -21,19 +21,22 @@ namespace {
 
 enum class Stderr { TERMINAL, NARROW_TERMINAL, QUIET_TERMINAL, PIPE };
 
-// Three entries, the last two after the second that progress waits for,
-// with a warning between them; then a line on stdout.
+// Four entries, the last three after the second that progress waits for,
+// with a warning between them and the same again after; then a line on
+// stdout.
 [[noreturn]] void longWork(Stderr where)
 {
     if (where == Stderr::QUIET_TERMINAL)
         lbxtool::silenceProgress();
     {
-        lbxtool::WorkProgress progress("BIG.LBX", 3);
+        lbxtool::WorkProgress progress("BIG.LBX", 4);
         progress.advance();
         std::this_thread::sleep_for(std::chrono::milliseconds(1100));
         progress.advance();
         lbxtool::warn("a warning");
         progress.advance();
+        lbxtool::warn("a warning"); // said before: nothing, and the line stays,
+        progress.advance();         // not drawn again within a tenth of a second
     }
     std::cout << "done" << std::endl;
     ::_exit(0);
@@ -92,10 +95,10 @@ struct Display {
 const Display DISPLAYS[] = {
     // The first entry shows only if the child stalled for a second before it.
     {"Terminal", Stderr::TERMINAL,
-     "(\\r\\x1b\\[KBIG\\.LBX: 1 of 3 entries, \\d+\\.\\d a second)?"
-     "\\r\\x1b\\[KBIG\\.LBX: 2 of 3 entries, \\d+\\.\\d a second"
+     "(\\r\\x1b\\[KBIG\\.LBX: 1 of 4 entries, \\d+\\.\\d a second)?"
+     "\\r\\x1b\\[KBIG\\.LBX: 2 of 4 entries, \\d+\\.\\d a second"
      "\\r\\x1b\\[Klbx: warning: a warning\\r\\n"
-     "\\r\\x1b\\[KBIG\\.LBX: 3 of 3 entries, \\d+\\.\\d a second"
+     "\\r\\x1b\\[KBIG\\.LBX: 3 of 4 entries, \\d+\\.\\d a second"
      "\\r\\x1b\\[Kdone\\r\\n"},
     // Wider than the terminal, the line would wrap and stay; its end shows.
     {"NarrowTerminal", Stderr::NARROW_TERMINAL,

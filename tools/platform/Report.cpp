@@ -61,11 +61,14 @@ void sayNow(bool warning, const std::string& text)
 {
     static std::set<std::string> said;
     const std::lock_guard<std::mutex> turn(errorStream());
+    // A warning said before says nothing, and leaves the progress shown.
+    if (warning && !said.insert(text).second)
+        return;
     clearProgress();
-    if (!warning)
-        std::cerr << text;
-    else if (said.insert(text).second)
+    if (warning)
         std::cerr << "lbx: warning: " << text << '\n';
+    else
+        std::cerr << text;
 }
 
 void sayInTurn(bool warning, std::string text)
