@@ -115,10 +115,14 @@ private:
 // Runs the lbx tool itself, as a modder does, with what it prints kept out
 // of the table: in-process it would lack what its main() sets up, such as
 // the way it keeps freed memory. Throws what it said on stderr when it fails.
-// Returns its peak resident memory in bytes.
+// Returns its peak resident memory in bytes. The tool is started through
+// this program's own launcher (`--peak`, see Main.cpp): the kernel counts
+// in a process's peak the memory of the process it was started from until
+// it ran its program, and this process holds hundreds of megabytes.
 double runTool(const std::vector<std::string>& arguments, const std::string& said)
 {
-    std::vector<std::string> command{LBX_COMMAND};
+    const std::string peakFile = said + ".peak";
+    std::vector<std::string> command{fs::read_symlink("/proc/self/exe").string(), PEAK_OPTION, peakFile, LBX_COMMAND};
     command.insert(command.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& argument : command)
@@ -135,14 +139,15 @@ double runTool(const std::vector<std::string>& arguments, const std::string& sai
     if (spawned != 0)
         throw std::runtime_error(std::string("cannot run " LBX_COMMAND ": ") + std::strerror(spawned));
     int status = 0;
-    struct rusage usage = {};
-    wait4(child, &status, 0, &usage);
+    waitpid(child, &status, 0);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         std::ifstream in(said);
         throw std::runtime_error("lbx failed: " + std::string(std::istreambuf_iterator<char>(in), {}));
     }
+    double kib = 0;
+    std::ifstream(peakFile) >> kib;
     constexpr double KIB = 1024;
-    return static_cast<double>(usage.ru_maxrss) * KIB;
+    return kib * KIB;
 }
 
 std::vector<std::string> jobsArguments(unsigned int jobs)
@@ -447,6 +452,21 @@ void registerTool(std::shared_ptr<Archives> archives)
         addAgainstFloor(command, big, Source::BIG);
         addRow(big, "", Measure::PEAK, BIG_PEAK_LIMIT);
     }
+}
+
+int runMeasuringPeak(char** argv)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        execv(argv[1], argv + 1);
+        _exit(127);
+    }
+    int status = 0;
+    struct rusage usage = {};
+    if (child < 0 || wait4(child, &status, 0, &usage) < 0)
+        return 127;
+    std::ofstream(argv[0]) << usage.ru_maxrss << '\n';
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 } // namespace bench
