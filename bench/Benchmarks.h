@@ -14,6 +14,12 @@ void registerTool(std::shared_ptr<Archives> archives);
 void registerKinds();
 void registerGraphics();
 
+// `zorv2-lbx-bench --peak FILE PROGRAM ARGS...` runs PROGRAM from a
+// process of this program's size at its start, and writes the peak resident
+// memory of PROGRAM's process, in KiB, to FILE; its exit status is PROGRAM's.
+constexpr const char* PEAK_OPTION = "--peak";
+int runMeasuringPeak(char** argv);
+
 } // namespace bench
 
 #endif

@@ -5,6 +5,7 @@
 
 #include <exception>
 #include <iostream>
+#include <string>
 
 #ifdef __GLIBC__
 #include <malloc.h>
@@ -31,6 +32,8 @@ void keepFreedMemory()
 // only when every target is met.
 int main(int argc, char** argv)
 {
+    if (argc > 3 && std::string(argv[1]) == bench::PEAK_OPTION)
+        return bench::runMeasuringPeak(argv + 2);
     try {
         keepFreedMemory();
         benchmark::Initialize(&argc, argv);

@@ -46,12 +46,21 @@ std::string ratioText(double ratio, Measure measure)
     return format("%.3gx %s", ratio, measure == Measure::TIME ? "time" : "speed");
 }
 
+// "412 MB peak".
+std::string peakText(double bytes)
+{
+    return format("%.0f %s", bytes / 1e6, "MB peak");
+}
+
 std::string targetText(const Row& row)
 {
     if (row.limit <= 0)
         return "";
-    return row.measure == Measure::TIME ? format("<= %.3gx %s", row.limit, "time")
-                                        : format(">= %.3gx %s", row.limit, "speed");
+    switch (row.measure) {
+    case Measure::TIME: return format("<= %.3gx %s", row.limit, "time");
+    case Measure::SPEED: return format(">= %.3gx %s", row.limit, "speed");
+    default: return "<= " + peakText(row.limit);
+    }
 }
 
 double counter(const benchmark::BenchmarkReporter::Run& run, const char* name)
@@ -94,7 +103,8 @@ void TableReporter::ReportRuns(const std::vector<Run>& runs)
             continue;
         const std::string name = run.run_name.function_name;
         const double seconds = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-        results[name] = {seconds, counter(run, "bytes_per_second"), counter(run, "items_per_second")};
+        results[name] = {seconds, counter(run, "bytes_per_second"), counter(run, "items_per_second"),
+                         counter(run, PEAK_COUNTER), counter(run, ARCHIVE_COUNTER)};
         std::cerr << name << ": " << duration(seconds) << '\n';
     }
 }
@@ -149,6 +159,17 @@ bool TableReporter::printTable(std::ostream& out)
         }
         std::string ratio = row.baseline.empty() ? "" : "no baseline";
         std::string verdict = hasTarget ? "NOT MET" : "";
+        if (row.measure == Measure::PEAK) {
+            // The peak, and how many times the archive's size it is.
+            ratio = format("%.3gx %s", result->peakBytes / result->archiveBytes, "archive");
+            if (result->peakBytes <= row.limit) {
+                ++met;
+                verdict = "met";
+            }
+            line(row.name, duration(result->seconds), "", "", "(peak memory)", peakText(result->peakBytes) + ", " + ratio,
+                 targetText(row), verdict);
+            continue;
+        }
         if (base) {
             const double value = this->ratio(row, *result, *base);
             ratio = ratioText(value, row.measure);

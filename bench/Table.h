@@ -10,8 +10,14 @@
 namespace bench {
 
 // How a row is held against its baseline: by the time one iteration takes,
-// or by the throughput (items, else bytes, per second) over the same work.
-enum class Measure { TIME, SPEED };
+// or by the throughput (items, else bytes, per second) over the same work;
+// or, for a run of the tool, by its peak of resident memory against the
+// size of the archive it worked on (no baseline; the limit in bytes).
+enum class Measure { TIME, SPEED, PEAK };
+
+// The counters of a tool's run that a PEAK row reads.
+constexpr const char* PEAK_COUNTER = "peak_bytes";
+constexpr const char* ARCHIVE_COUNTER = "archive_bytes";
 
 // One line of the table. `baseline` names another benchmark of the same run;
 // `limit` is the target on the ratio (an upper bound for TIME, a lower bound
@@ -43,6 +49,8 @@ private:
         double seconds;
         double bytesPerSecond;
         double itemsPerSecond;
+        double peakBytes;
+        double archiveBytes;
     };
 
     const Result* find(const std::string& name);

@@ -6,12 +6,15 @@
 
 #include <benchmark/benchmark.h>
 
+#include <algorithm>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -41,14 +44,44 @@ std::string jobsText(unsigned int jobs)
     return jobs == ONE_JOB ? " -j 1" : "";
 }
 
-std::string toolName(const std::string& command, unsigned int jobs, unsigned int archives)
+// The archive a row works on: the mixed one of every kind, or the big one
+// of large animations.
+enum class Source { MIXED, BIG };
+const Source SOURCES[] = {Source::MIXED, Source::BIG};
+
+std::string sourceName(Source source)
 {
-    return "lbx " + command + jobsText(jobs) + ", " +
-           (archives == 1 ? std::to_string(FULL_ARCHIVE) + " entries" : std::to_string(archives) + " archives");
+    return source == Source::MIXED ? std::to_string(FULL_ARCHIVE) + " entries" : "big archive";
 }
 
-const std::string RAW_FRAMES_FLOOR = "decode + write RGBA files, 509 entries";
-const std::string CREATE_FLOOR = "read RGBA files + create entries, 509 entries";
+std::string toolName(const std::string& command, unsigned int jobs, unsigned int archives, Source source)
+{
+    return "lbx " + command + jobsText(jobs) + ", " +
+           (archives == 1 ? sourceName(source) : std::to_string(archives) + " archives");
+}
+
+std::string rawFramesFloor(Source source)
+{
+    return "decode + write RGBA files, " + sourceName(source);
+}
+
+std::string createFloor(Source source)
+{
+    return "read RGBA files + create entries, " + sourceName(source);
+}
+
+std::string recreateFloor(Source source)
+{
+    return "open + re-create entries, " + sourceName(source);
+}
+
+// The big archive's rows take tens of seconds a run: the median of three,
+// and creating its 4,800 frames, which takes a minute, once.
+constexpr unsigned int BIG_REPETITIONS = 3;
+
+// What a command of the tool may hold at most on the big archive, with two
+// workers: its 100 MB, a few entries' frames and files in hand, and a constant.
+constexpr double BIG_PEAK_LIMIT = 1e9;
 
 // A folder that a benchmark writes into, made before and removed after each
 // iteration, outside the time measured.
@@ -82,9 +115,14 @@ private:
 // Runs the lbx tool itself, as a modder does, with what it prints kept out
 // of the table: in-process it would lack what its main() sets up, such as
 // the way it keeps freed memory. Throws what it said on stderr when it fails.
-void runTool(const std::vector<std::string>& arguments, const std::string& said)
+// Returns its peak resident memory in bytes. The tool is started through
+// this program's own launcher (`--peak`, see Main.cpp): the kernel counts
+// in a process's peak the memory of the process it was started from until
+// it ran its program, and this process holds hundreds of megabytes.
+double runTool(const std::vector<std::string>& arguments, const std::string& said)
 {
-    std::vector<std::string> command{LBX_COMMAND};
+    const std::string peakFile = said + ".peak";
+    std::vector<std::string> command{fs::read_symlink("/proc/self/exe").string(), PEAK_OPTION, peakFile, LBX_COMMAND};
     command.insert(command.end(), arguments.begin(), arguments.end());
     std::vector<char*> argv;
     for (std::string& argument : command)
@@ -106,6 +144,10 @@ void runTool(const std::vector<std::string>& arguments, const std::string& said)
         std::ifstream in(said);
         throw std::runtime_error("lbx failed: " + std::string(std::istreambuf_iterator<char>(in), {}));
     }
+    double kib = 0;
+    std::ifstream(peakFile) >> kib;
+    constexpr double KIB = 1024;
+    return kib * KIB;
 }
 
 std::vector<std::string> jobsArguments(unsigned int jobs)
@@ -126,10 +168,10 @@ class ToolWorkloads {
 public:
     explicit ToolWorkloads(std::shared_ptr<Archives> archives) : archives(std::move(archives)) {}
 
-    std::vector<std::string> inputs(unsigned int count)
+    std::vector<std::string> inputs(unsigned int count, Source source)
     {
         if (count == 1)
-            return {archives->get(FULL_ARCHIVE).path};
+            return {archive(source).path};
         while (copies.size() < count) {
             copies.push_back(path("set/MIXED" + std::to_string(copies.size()) + ".LBX"));
             fs::create_directories(fs::path(copies.back()).parent_path());
@@ -139,13 +181,14 @@ public:
     }
 
     // The folders that unpack makes of each input, made once for pack.
-    std::vector<std::string> unpacked(unsigned int count)
+    std::vector<std::string> unpacked(unsigned int count, Source source)
     {
-        const std::string folder = path("unpacked-" + std::to_string(count));
+        const std::string folder =
+            path("unpacked-" + (source == Source::BIG ? std::string("big") : std::to_string(count)));
         if (!fs::exists(folder))
-            runTool(std::vector<std::string>{"unpack", "-o", folder} + inputs(count), said());
+            runTool(std::vector<std::string>{"unpack", "-o", folder} + inputs(count, source), said());
         std::vector<std::string> folders;
-        for (const std::string& input : inputs(count))
+        for (const std::string& input : inputs(count, source))
             folders.push_back(folder + "/" + fs::path(input).stem().string());
         return folders;
     }
@@ -155,7 +198,10 @@ public:
     // Where the tool's stderr goes, to be shown when it fails.
     std::string said() const { return path("said.txt"); }
 
-    const Archive& archive() { return archives->get(FULL_ARCHIVE); }
+    const Archive& archive(Source source)
+    {
+        return source == Source::MIXED ? archives->get(FULL_ARCHIVE) : archives->big();
+    }
 
 private:
     std::shared_ptr<Archives> archives;
@@ -169,40 +215,47 @@ void countArchives(benchmark::State& state, const Archive& archive, unsigned int
 }
 
 // One command of the tool on `count` archives; pack, which takes one folder
-// at a time, packs each folder that unpack made of them.
-void runCommand(ToolWorkloads& work, const std::string& command, unsigned int jobs, unsigned int count,
-                const std::string& out)
+// at a time, packs each folder that unpack made of them. The highest peak of
+// memory of the tool's runs.
+double runCommand(ToolWorkloads& work, const std::string& command, unsigned int jobs, unsigned int count,
+                  Source source, const std::string& out)
 {
-    const std::vector<std::string> inputs = work.inputs(count);
+    const std::vector<std::string> inputs = work.inputs(count, source);
     const std::vector<std::string> jobsSet = jobsArguments(jobs);
     if (command == "pack") {
-        for (const std::string& folder : work.unpacked(count))
-            runTool(std::vector<std::string>{"pack", folder, "-o", out + "/" + fs::path(folder).filename().string() + ".LBX"} +
-                        jobsSet,
-                    work.said());
-    } else if (command == "verify") {
-        runTool(std::vector<std::string>{"verify"} + jobsSet + inputs, work.said());
-    } else {
-        runTool(std::vector<std::string>{command, "-o", out} + jobsSet + inputs, work.said());
+        double peak = 0;
+        for (const std::string& folder : work.unpacked(count, source))
+            peak = std::max(
+                peak, runTool(std::vector<std::string>{"pack", folder, "-o",
+                                                       out + "/" + fs::path(folder).filename().string() + ".LBX"} +
+                                  jobsSet,
+                              work.said()));
+        return peak;
     }
+    if (command == "verify")
+        return runTool(std::vector<std::string>{"verify"} + jobsSet + inputs, work.said());
+    return runTool(std::vector<std::string>{command, "-o", out} + jobsSet + inputs, work.said());
 }
 
 void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& command, unsigned int jobs,
-             unsigned int count)
+             unsigned int count, Source source)
 {
     // The inputs are made before the clock runs.
-    work.inputs(count);
+    work.inputs(count, source);
     if (command == "pack")
-        work.unpacked(count);
+        work.unpacked(count, source);
+    double peak = 0;
     try {
         for (auto _ : state) {
             FreshFolder out(state, work.path("out"));
-            runCommand(work, command, jobs, count, *out);
+            peak = std::max(peak, runCommand(work, command, jobs, count, source, *out));
         }
     } catch (const std::exception& e) {
         state.SkipWithError(e.what());
     }
-    countArchives(state, work.archive(), count);
+    countArchives(state, work.archive(source), count);
+    state.counters[PEAK_COUNTER] = peak;
+    state.counters[ARCHIVE_COUNTER] = static_cast<double>(work.archive(source).bytes);
 }
 
 // How every frame of an archive is stored, to create its entry again.
@@ -243,7 +296,9 @@ std::vector<FrameSet> writeRawFrames(const std::string& archivePath, const std::
     File archive(archivePath);
     std::vector<FrameSet> sets;
     for (unsigned int i = 0; i < archive.size(); ++i) {
-        Content* entry = archive.at(i);
+        // On a copy, as the tool decodes, so that the frames go with it.
+        Content copy(*archive.at(i));
+        Content* entry = &copy;
         if (entry->type() == Content::GRAPHIC) {
             Content::Graphic* graphic = entry->graphic();
             graphic->setPalette(palette);
@@ -284,25 +339,48 @@ void createFromRawFrames(const std::vector<FrameSet>& sets, const std::string& f
     }
 }
 
-void rawFramesFloor(benchmark::State& state, ToolWorkloads& work)
+void rawFramesFloor(benchmark::State& state, ToolWorkloads& work, Source source)
 {
     Pixels palette = scenePalette();
     for (auto _ : state) {
         FreshFolder out(state, work.path("out"));
-        writeRawFrames(work.archive().path, *out, palette.data());
+        writeRawFrames(work.archive(source).path, *out, palette.data());
     }
-    countArchives(state, work.archive(), 1);
+    countArchives(state, work.archive(source), 1);
 }
 
-void createFloor(benchmark::State& state, ToolWorkloads& work)
+void createFloor(benchmark::State& state, ToolWorkloads& work, Source source)
 {
     Pixels palette = scenePalette();
     const std::string folder = work.path("raw-frames");
+    fs::remove_all(folder);
     fs::create_directories(folder);
-    const std::vector<FrameSet> sets = writeRawFrames(work.archive().path, folder, palette.data());
+    const std::vector<FrameSet> sets = writeRawFrames(work.archive(source).path, folder, palette.data());
     for (auto _ : state)
         createFromRawFrames(sets, folder, palette.data());
-    countArchives(state, work.archive(), 1);
+    fs::remove_all(folder);
+    countArchives(state, work.archive(source), 1);
+}
+
+// What verifying has to do at least, in one process: open the archive, and
+// decode and re-create each entry of a kind the library re-creates, on a
+// copy that takes what it decoded along.
+void recreateFloor(benchmark::State& state, ToolWorkloads& work, Source source)
+{
+    for (auto _ : state) {
+        File archive(work.archive(source).path);
+        for (unsigned int i = 0; i < archive.size(); ++i) {
+            const Content::TYPE type = archive.at(i)->type();
+            if (type != Content::CURSOR && type != Content::EMPTY && type != Content::FONT &&
+                type != Content::GRAPHIC && type != Content::TEXT)
+                continue;
+            Content copy(*archive.at(i));
+            std::ostringstream differing;
+            std::unique_ptr<Content> recreated(copy.debugCreate(differing));
+            benchmark::DoNotOptimize(recreated->data());
+        }
+    }
+    countArchives(state, work.archive(source), 1);
 }
 
 template <typename Body>
@@ -311,36 +389,84 @@ benchmark::internal::Benchmark* add(const std::string& name, Body body)
     return benchmark::RegisterBenchmark(name.c_str(), body)->UseRealTime();
 }
 
+// The floors of one archive, each a row that only shows its speed.
+void addFloors(const std::shared_ptr<ToolWorkloads>& work, Source source)
+{
+    const unsigned int repetitions = source == Source::BIG ? BIG_REPETITIONS : 0;
+    const auto repeated = [repetitions](benchmark::internal::Benchmark* benchmark) {
+        if (repetitions > 0)
+            benchmark->Repetitions(static_cast<int>(repetitions));
+    };
+    repeated(add(rawFramesFloor(source), [work, source](benchmark::State& state) { rawFramesFloor(state, *work, source); }));
+    auto* creating = add(createFloor(source), [work, source](benchmark::State& state) { createFloor(state, *work, source); });
+    if (source == Source::BIG)
+        creating->Repetitions(1);
+    repeated(add(recreateFloor(source), [work, source](benchmark::State& state) { recreateFloor(state, *work, source); }));
+    for (const std::string& floor : {rawFramesFloor(source), createFloor(source), recreateFloor(source)})
+        addRow(floor, "", Measure::SPEED);
+}
+
+// Each command on one archive against its floor; `verify` against the
+// library doing the same work in one process.
+void addAgainstFloor(const std::string& command, const std::string& name, Source source)
+{
+    if (command == "verify")
+        addRow(name, recreateFloor(source), Measure::TIME, 1.2);
+    else
+        addRow(name, command == "pack" ? createFloor(source) : rawFramesFloor(source), Measure::SPEED, 0.3);
+}
+
 } // namespace
 
 void registerTool(std::shared_ptr<Archives> archives)
 {
     auto work = std::make_shared<ToolWorkloads>(std::move(archives));
-    add(RAW_FRAMES_FLOOR, [work](benchmark::State& state) { rawFramesFloor(state, *work); });
-    add(CREATE_FLOOR, [work](benchmark::State& state) { createFloor(state, *work); });
-    addRow(RAW_FRAMES_FLOOR, "", Measure::SPEED);
-    addRow(CREATE_FLOOR, "", Measure::SPEED);
+    for (const Source source : SOURCES)
+        addFloors(work, source);
 
-    // On one archive each command is held against its floor, and the set
-    // of archives shows what the cores add.
+    // On the mixed archive each command is held against its floor, with one
+    // worker and with all, and the set of archives shows what the cores add.
     for (const std::string command : COMMANDS) {
         for (unsigned int count : {1u, SET_SIZE}) {
             for (unsigned int jobs : {ONE_JOB, ALL_JOBS}) {
-                auto* benchmark = add(toolName(command, jobs, count), [work, command, jobs, count](benchmark::State& state) {
-                    toolRun(state, *work, command, jobs, count);
-                });
+                auto* benchmark = add(toolName(command, jobs, count, Source::MIXED),
+                                      [work, command, jobs, count](benchmark::State& state) {
+                                          toolRun(state, *work, command, jobs, count, Source::MIXED);
+                                      });
                 if (count == SET_SIZE)
                     benchmark->Repetitions(SET_REPETITIONS);
             }
         }
-        const std::string one = toolName(command, ALL_JOBS, 1);
-        if (command == "verify")
-            addRow(one, openName(FULL_ARCHIVE), Measure::TIME, 3);
-        else
-            addRow(one, command == "pack" ? CREATE_FLOOR : RAW_FRAMES_FLOOR, Measure::SPEED, 0.3);
-        addRow(toolName(command, ONE_JOB, 1), one, Measure::TIME);
-        addRow(toolName(command, ALL_JOBS, SET_SIZE), toolName(command, ONE_JOB, SET_SIZE), Measure::SPEED, 1.7);
+        const std::string one = toolName(command, ALL_JOBS, 1, Source::MIXED);
+        addAgainstFloor(command, one, Source::MIXED);
+        addRow(toolName(command, ONE_JOB, 1, Source::MIXED), one, Measure::TIME);
+        addRow(toolName(command, ALL_JOBS, SET_SIZE, Source::MIXED), toolName(command, ONE_JOB, SET_SIZE, Source::MIXED),
+               Measure::SPEED, 1.7);
     }
+    // On the big archive, with all workers: against its floor, and its peak
+    // of memory against the archive's size.
+    for (const std::string command : COMMANDS) {
+        const std::string big = toolName(command, ALL_JOBS, 1, Source::BIG);
+        add(big, [work, command](benchmark::State& state) { toolRun(state, *work, command, ALL_JOBS, 1, Source::BIG); })
+            ->Repetitions(BIG_REPETITIONS);
+        addAgainstFloor(command, big, Source::BIG);
+        addRow(big, "", Measure::PEAK, BIG_PEAK_LIMIT);
+    }
+}
+
+int runMeasuringPeak(char** argv)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        execv(argv[1], argv + 1);
+        _exit(127);
+    }
+    int status = 0;
+    struct rusage usage = {};
+    if (child < 0 || wait4(child, &status, 0, &usage) < 0)
+        return 127;
+    std::ofstream(argv[0]) << usage.ru_maxrss << '\n';
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
 } // namespace bench

@@ -268,10 +268,23 @@ std::unique_ptr<Content> archiveEntry(unsigned int index)
 
 const Archive& Archives::get(unsigned int entries)
 {
-    auto found = written.find(entries);
-    if (found == written.end())
-        found = written.emplace(entries, write(entries)).first;
+    auto found = mixedWritten.find(entries);
+    if (found == mixedWritten.end())
+        found = mixedWritten.emplace(entries, write(entries)).first;
     return found->second;
+}
+
+const Archive& Archives::big()
+{
+    if (!bigWritten) {
+        Frames frames = movingDisc(BIG_WIDTH, BIG_HEIGHT, BIG_FRAMES, Shape::SCENE);
+        const std::unique_ptr<Content> animation = graphicEntry(frames, Coding::DELTA);
+        zorv2::Lbx::File archive;
+        for (unsigned int i = 0; i < BIG_ANIMATIONS; ++i)
+            archive.push_back(new Content(*animation));
+        bigWritten = std::make_unique<Archive>(written(archive, "BIG.LBX"));
+    }
+    return *bigWritten;
 }
 
 Archive Archives::write(unsigned int entries)
@@ -285,9 +298,14 @@ Archive Archives::write(unsigned int entries)
     File archive;
     for (unsigned int i = 0; i < entries; ++i)
         archive.push_back(new Content(*mixed->at(i)));
-    Archive made{dir.path("mixed-" + std::to_string(entries) + ".lbx"), entries, 0, {}};
+    return written(archive, "mixed-" + std::to_string(entries) + ".lbx");
+}
+
+Archive Archives::written(zorv2::Lbx::File& archive, const std::string& name)
+{
+    Archive made{dir.path(name), archive.size(), 0, {}};
     archive.write(made.path);
-    File::header(made.path, nullptr, &made.offsets, nullptr);
+    zorv2::Lbx::File::header(made.path, nullptr, &made.offsets, nullptr);
     made.bytes = made.offsets.back();
     return made;
 }

@@ -56,7 +56,14 @@ std::unique_ptr<zorv2::Lbx::Content> archiveEntry(unsigned int index);
 // The mixed archive holds every entry an archive can.
 constexpr unsigned int FULL_ARCHIVE = 509;
 
-// A mixed archive of the first `entries` entries, as written to a file.
+// The big archive: 160 animations of 30 frames at 640x480, stored as deltas
+// (about 100 MB), whose frames decoded take 5.9 GB: more than a small
+// machine has, so that a tool must not hold them all at once.
+constexpr unsigned int BIG_ANIMATIONS = 160;
+constexpr unsigned short BIG_FRAMES = 30, BIG_WIDTH = 640, BIG_HEIGHT = 480;
+
+// A mixed archive of the first `entries` entries, or the big archive, as
+// written to a file.
 struct Archive {
     std::string path;
     unsigned int entries;
@@ -72,13 +79,16 @@ public:
 
     const TempDir& folder() const { return dir; }
     const Archive& get(unsigned int entries);
+    const Archive& big();
 
 private:
     Archive write(unsigned int entries);
+    Archive written(zorv2::Lbx::File& archive, const std::string& name);
 
     const TempDir& dir;
     std::unique_ptr<zorv2::Lbx::File> mixed;
-    std::map<unsigned int, Archive> written;
+    std::map<unsigned int, Archive> mixedWritten;
+    std::unique_ptr<Archive> bigWritten;
 };
 
 std::string openName(unsigned int entries);

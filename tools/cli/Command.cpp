@@ -47,6 +47,11 @@ void jobsOption(CLI::App& command, unsigned int& jobs)
         ->check(CLI::Validator(positive, "", "at least 1"));
 }
 
+void quietOption(CLI::App& command)
+{
+    command.add_flag_callback("-q,--quiet", silenceProgress, "Show no progress on stderr");
+}
+
 void jsonOption(CLI::App& command, bool& json)
 {
     command.add_flag("--json", json,

@@ -40,6 +40,10 @@ void examples(CLI::App& command, const std::string& lines);
 // -j N. The output is the same whatever the number: only the time changes.
 void jobsOption(CLI::App& command, unsigned int& jobs);
 
+// -q, --quiet: no progress on stderr, which long work shows there when it is
+// a terminal.
+void quietOption(CLI::App& command);
+
 // --json: the command prints one JSON document on stdout instead of its
 // lines, and nothing else there; warnings and errors stay on stderr, and
 // the exit status is the same.

@@ -189,6 +189,7 @@ void addExport(CLI::App& app, int& status)
     command->add_flag("--html", options->html, "Also write an index.html gallery");
     command->add_flag("--force", options->force, "Replace files of the same names in the folder");
     jobsOption(*command, options->jobs);
+    quietOption(*command);
     examples(*command, "  lbx export demo/INBOX.LBX --html -o gallery\n"
                        "  lbx export demo/INBOX.LBX 1 -p demo/FONTS.LBX:2 -o out\n"
                        "  lbx export demo/STARNAME.LBX --charset cp437 -o letters");

@@ -40,6 +40,7 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
     TerminalWarnings warnings;
     std::vector<PackedEntry> packed(plan.entries->size());
     auto archive = std::make_unique<File>();
+    WorkProgress progress(folder, packed.size());
     const auto compute = [&](std::size_t i) {
         const unsigned int index = static_cast<unsigned int>(i);
         packed[i] = packEntry(
@@ -55,6 +56,7 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
         shapes.push_back(shapeOf(packed[i].entry.get()));
         archive->push_back(packed[i].entry.get());
         packed[i].entry.release();
+        progress.advance();
     };
     inOrder(options.jobs, packed.size(), compute, deliver);
     return archive;
@@ -146,6 +148,7 @@ void addPack(CLI::App& app, int& status)
     command->add_flag("--records", options->rules.records,
                       "Let a text table gain or lose records, a line a record");
     jobsOption(*command, options->jobs);
+    quietOption(*command);
     examples(*command, "  lbx pack mod/INBOX -o INBOX.LBX\n  lbx pack mod/INBOX --nearest --force\n"
                        "  lbx pack mods/STARNAME --records --grow");
     define(*command, status, [options] { return pack(*options); });

@@ -201,6 +201,7 @@ void addUnpack(CLI::App& app, int& status)
     charsetOption(*command, options->charset,
                   "Write text tables' files in these characters, named in archive.json (default: the text escape)");
     jobsOption(*command, options->jobs);
+    quietOption(*command);
     examples(*command, "  lbx unpack demo/INBOX.LBX -o mod\n  lbx unpack demo/*.LBX -o mods\n"
                        "  lbx unpack demo/STARNAME.LBX -o letters --charset cp437");
     define(*command, status, [options] { return unpack(*options); });

@@ -176,6 +176,7 @@ void addVerify(CLI::App& app, int& status)
     command->add_flag("-v,--verbose", options->verbose, "Show each differing field");
     jsonOption(*command, options->json);
     jobsOption(*command, options->jobs);
+    quietOption(*command);
     examples(*command, "  lbx verify demo/*.LBX\n  lbx verify -v demo/STARNAME.LBX\n  lbx verify --json demo/*.LBX");
     define(*command, status, [options] { return verify(*options); });
 }

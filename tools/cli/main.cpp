@@ -2,6 +2,7 @@
 
 #include "tools/cli/Commands.h"
 #include "tools/platform/Report.h"
+#include "tools/platform/Signals.h"
 
 #include "LbxVersion.h"
 
@@ -79,6 +80,7 @@ int main(int argc, char** argv)
     // Past a file size limit a write then fails and is undone like any
     // other, instead of the signal ending the tool half-way.
     std::signal(SIGXFSZ, SIG_IGN);
+    removeTemporariesOnSignal();
     CLI::App app{"Look into the LBX archives of tesk and change what is inside.\n"
                  "Exit status: 0 done, 1 a bad file or a failed operation, 2 a bad command line.",
                  "lbx"};

@@ -151,7 +151,10 @@ ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int i
     ExportedEntry done;
     done.view = headingOf(archive, path, index);
     try {
-        Content* entry = archive.at(index);
+        // Decoded on a copy, as verify does: the frames go with it once the
+        // entry's files are made, and the archive keeps only its bytes.
+        Content copy(*archive.at(index));
+        Content* entry = &copy;
         PaletteArray palette = entry->type() == Content::GRAPHIC ? palettes.forGraphic(index) : nullptr;
         EntryView view = viewOf(archive, path, index, palette.get());
         ExportedNames names = exportNames(entry, stem, index);

@@ -7,6 +7,8 @@
 #include "images/Palette.h"
 #include "tools/modding/Shapes.h"
 
+#include <algorithm>
+#include <cstring>
 #include <stdexcept>
 
 namespace lbxtool {
@@ -22,15 +24,19 @@ const unsigned char* fakePalette()
     return fake.get();
 }
 
+// Each pixel's four bytes from a table of whole colours, CLEAR's four zeros
+// among them: copied a colour channel at a time, the frames of a large
+// animation took a quarter of unpack's time.
 std::vector<unsigned char> coloured(const Indices& indices, const unsigned char* palette)
 {
-    std::vector<unsigned char> rgba(indices.size() * PIXEL_SIZE, 0);
+    unsigned char table[(CLEAR + 1) * PIXEL_SIZE] = {};
+    for (unsigned int i = 0; i < CLEAR; ++i) {
+        std::copy(palette + i * PIXEL_SIZE, palette + i * PIXEL_SIZE + layout::ALPHA, table + i * PIXEL_SIZE);
+        table[i * PIXEL_SIZE + layout::ALPHA] = layout::OPAQUE;
+    }
+    std::vector<unsigned char> rgba(indices.size() * PIXEL_SIZE);
     for (std::size_t p = 0; p < indices.size(); ++p)
-        if (indices[p] != CLEAR) {
-            std::copy(palette + indices[p] * PIXEL_SIZE, palette + indices[p] * PIXEL_SIZE + layout::ALPHA,
-                      &rgba[p * PIXEL_SIZE]);
-            rgba[p * PIXEL_SIZE + layout::ALPHA] = layout::OPAQUE;
-        }
+        std::memcpy(&rgba[p * PIXEL_SIZE], table + std::min(indices[p], CLEAR) * PIXEL_SIZE, PIXEL_SIZE);
     return rgba;
 }
 

@@ -13,7 +13,10 @@ namespace lbxtool {
 UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
                           PaletteSource& palettes, const Charset* charset)
 {
-    Content* entry = archive.at(index);
+    // Decoded on a copy, as verify does: the frames go with it once the
+    // entry's files are made, and the archive keeps only its bytes.
+    Content copy(*archive.at(index));
+    Content* entry = &copy;
     EntryForm form = editableForm(entry, {stem, index, palettes, charset});
     UnpackedEntry done;
     form.manifest[key::SHAPE] = shapeOf(entry);

@@ -11,6 +11,7 @@
 #include <future>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,7 @@ public:
             } catch (...) {
                 tracks[a].unfit = std::current_exception();
             }
+            tracks[a].path = paths[a];
             first[a] = units.size();
             units.push_back({a, OPENING});
             for (std::size_t k = 0; k < tracks[a].entries; ++k)
@@ -111,8 +113,10 @@ public:
                 status = EXIT_FAILED;
             }
         }
-        if (last)
+        if (last) {
+            track.progress.reset();
             track.opened.reset();
+        }
     }
 
     int status = EXIT_DONE;
@@ -123,7 +127,9 @@ private:
     struct Track {
         std::exception_ptr unfit;
         std::size_t entries = 0;
+        std::string path;
         std::unique_ptr<Archive> opened;
+        std::optional<WorkProgress> progress; // from its opening on, as it is delivered
         std::promise<void> openDone;
         std::shared_future<void> ready = openDone.get_future().share();
         std::atomic<bool> failed{false};
@@ -135,12 +141,17 @@ private:
 
     void step(Track& track, std::size_t entry, bool last)
     {
-        if (entry == OPENING)
+        if (entry == OPENING) {
             steps.begin(*track.opened);
-        else
+            track.progress.emplace(track.path, track.entries);
+        } else {
             steps.deliver(*track.opened, entry);
-        if (last)
-            steps.finish(*track.opened);
+            track.progress->advance();
+        }
+        if (!last)
+            return;
+        track.progress.reset(); // before what finishing prints
+        steps.finish(*track.opened);
     }
 
     ArchiveSteps<Archive>& steps;

@@ -1,5 +1,7 @@
 #include "tools/parallel/Workers.h"
 
+#include "tools/platform/Signals.h"
+
 #include <algorithm>
 #include <condition_variable>
 #include <mutex>
@@ -167,6 +169,10 @@ class Crew {
 public:
     Crew(std::size_t size, Progress& progress) : progress(progress)
     {
+        // Workers never write a file: a signal that ends the tool goes to
+        // the thread that does, which then holds it while a file it makes
+        // is not yet known to the handler.
+        const HeldSignals inherited;
         try {
             for (std::size_t i = 0; i < size; ++i)
                 threads.emplace_back([&progress] { progress.work(); });

@@ -3,6 +3,8 @@
 
 #include "tools/modding/Warnings.h"
 
+#include <chrono>
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -58,6 +60,34 @@ void relay(const std::string& lines);
 class TerminalWarnings : public Warnings {
 public:
     void warn(const std::string& message) override;
+};
+
+// --quiet: no progress is shown for the rest of the process.
+void silenceProgress();
+
+// How far long work has come, on one line of stderr that each step draws
+// again: "BIG.LBX: 45 of 160 entries, 12.5 a second". Shown only when stderr
+// is a terminal, progress is not silenced and the command has run for a
+// second; a line said on stderr clears it first, and so does its end.
+class WorkProgress {
+public:
+    // Work on `total` entries of `what`, on the calling thread.
+    WorkProgress(std::string what, std::size_t total);
+    ~WorkProgress();
+    WorkProgress(const WorkProgress&) = delete;
+    WorkProgress& operator=(const WorkProgress&) = delete;
+
+    // One more entry done.
+    void advance();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    std::string what;
+    std::size_t total;
+    std::size_t done = 0;
+    Clock::time_point start = Clock::now();
+    Clock::time_point drawn;
 };
 
 } // namespace lbxtool

@@ -2,11 +2,13 @@
 
 #include "tools/modding/Files.h"
 #include "tools/modding/Header.h"
+#include "tools/platform/Signals.h"
 
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <sys/resource.h>
 #include <sys/stat.h>
@@ -61,9 +63,12 @@ class Temporary {
 public:
     Temporary(std::string path, const std::string& target) : path(std::move(path))
     {
+        const HeldSignals made; // a signal delivered as open returns would find the file unregistered
         descriptor = ::open(this->path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, NEW_FILE_MODE);
-        if (descriptor >= 0)
+        if (descriptor >= 0) {
+            onSignal.emplace(this->path);
             return;
+        }
         if (errno == EEXIST)
             throw inTheWay(this->path, target);
         throw systemFailure(target);
@@ -109,6 +114,8 @@ public:
 
 private:
     bool placed = false;
+    // Gone after the file is, so that no signal in between leaves it.
+    std::optional<RemovedOnSignal> onSignal;
 };
 
 // The rename itself reaches the disk only with the folder's own sync.
