@@ -13,9 +13,11 @@ Usage: studio_check.py WEB_FOLDER LBX_TOOL OUTPUT_FOLDER
 import json
 import pathlib
 import shutil
+import struct
 import subprocess
 import sys
 import time
+import zlib
 
 from devtools import SKIPPED, Browser, Checks, Failure, find_chromium
 
@@ -169,9 +171,7 @@ def check_refusals(studio, checks, sample):
     # A colour the palette lacks, then the nearest colours taken.
     studio.run("export", "INBOX.LBX", "1", "-o", "../rgba")
     off = studio.work.parent / "off.png"
-    if not recolour_first_pixel(next((studio.work.parent / "rgba").glob("*_002.png")), off):
-        checks.expect(False, "an RGBA frame of the tool's own to recolour")
-        return
+    recoloured_first_pixel(next((studio.work.parent / "rgba").glob("*_002.png")), off)
     card = studio.card("INBOX", 1)
     studio.set_frame(card, 4)
     studio.choose(f"{card} input.replace-frame", off)
@@ -192,8 +192,7 @@ def check_png_forms(studio, checks):
     source = next((studio.work.parent / "rgba").glob("*_002.png"))
     forms = studio.work.parent / "forms"
     forms.mkdir()
-    made = subprocess.run([sys.executable, "-c", PNG_FORMS, str(source), str(forms)], capture_output=True, text=True)
-    checks.expect(made.returncode == 0, f"the PNG forms are made: {made.stderr}")
+    write_png_forms(source, forms)
     studio.reopen("INBOX.LBX")
     for png in sorted(forms.iterdir()):
         card = studio.card("INBOX", 1)
@@ -208,64 +207,6 @@ def check_png_forms(studio, checks):
                       f"the page says {studio.message('INBOX')!r}")
 
 
-# One RGBA picture written in the PNG forms other programs write, with the
-# standard library only: greys, 16 bits, packed samples, small palettes,
-# transparency by tRNS.
-PNG_FORMS = r"""
-import struct, sys, zlib, pathlib
-data = open(sys.argv[1], 'rb').read()
-at, chunks = 8, []
-while at < len(data):
-    length, kind = struct.unpack('>I4s', data[at:at + 8])
-    chunks.append((kind, data[at + 8:at + 8 + length]))
-    at += 12 + length
-width, height, depth, colour = struct.unpack('>IIBB', dict(chunks)[b'IHDR'][:10])
-assert depth == 8 and colour == 6
-raw = zlib.decompress(b''.join(body for kind, body in chunks if kind == b'IDAT'))
-rows = [raw[y * (width * 4 + 1) + 1:(y + 1) * (width * 4 + 1)] for y in range(height)]
-pixels = [[tuple(row[x * 4:x * 4 + 4]) for x in range(width)] for row in rows]
-grey = lambda p: (p[0] * 3 + p[1] * 6 + p[2]) // 10
-
-def chunk(kind, body):
-    return struct.pack('>I', len(body)) + kind + body + struct.pack('>I', zlib.crc32(kind + body))
-
-def packed(values, bits):
-    out, byte, used = bytearray(), 0, 0
-    for value in values:
-        byte = (byte << bits) | value
-        used += bits
-        if used == 8:
-            out.append(byte)
-            byte, used = 0, 0
-    if used:
-        out.append(byte << (8 - used))
-    return bytes(out)
-
-def png(name, colour, depth, row_bytes, extra=b''):
-    body = b''.join(b'\0' + row_bytes(row) for row in pixels)
-    ihdr = struct.pack('>IIBBBBB', width, height, depth, colour, 0, 0, 0)
-    pathlib.Path(sys.argv[2], name + '.png').write_bytes(b'\x89PNG\r\n\x1a\n' + chunk(b'IHDR', ihdr) + extra +
-                                                       chunk(b'IDAT', zlib.compress(body)) + chunk(b'IEND', b''))
-
-colours = sorted({p[:3] for row in pixels for p in row})
-small = colours[:16]
-nearest = lambda p: min(range(len(small)), key=lambda i: sum((a - b) ** 2 for a, b in zip(small[i], p[:3])))
-key = pixels[0][0][:3]
-png('RGB, 8 bits', 2, 8, lambda row: b''.join(bytes(p[:3]) for p in row))
-png('RGBA, 16 bits', 6, 16, lambda row: b''.join(struct.pack('>4H', *(v * 257 for v in p)) for p in row))
-png('grey, 8 bits', 0, 8, lambda row: bytes(grey(p) for p in row))
-png('grey and alpha, 8 bits', 4, 8, lambda row: b''.join(bytes((grey(p), p[3])) for p in row))
-png('grey, 4 bits', 0, 4, lambda row: packed([grey(p) >> 4 for p in row], 4))
-png('grey, 16 bits, a grey made transparent', 0, 16, lambda row: b''.join(struct.pack('>H', grey(p) * 257) for p in row),
-    chunk(b'tRNS', struct.pack('>H', grey(pixels[0][0]) * 257)))
-png('RGB, a colour made transparent', 2, 8, lambda row: b''.join(bytes(p[:3]) for p in row),
-    chunk(b'tRNS', struct.pack('>3H', *key)))
-png('palette of 16, 4 bits', 3, 4, lambda row: packed([nearest(p) for p in row], 4),
-    chunk(b'PLTE', b''.join(bytes(c) for c in small)) + chunk(b'tRNS', bytes([0] + [255] * (len(small) - 1))))
-png('palette of 16, 8 bits', 3, 8, lambda row: bytes(nearest(p) for p in row), chunk(b'PLTE', b''.join(bytes(c) for c in small)))
-"""
-
-
 def frame_of(studio, archive, number):
     """Frame `number` of INBOX[1] in `archive`, as the tool unpacks it."""
     folder = studio.work.parent / "compare"
@@ -277,31 +218,82 @@ def frame_of(studio, archive, number):
     return (folder / "INBOX" / f"INBOX_001_{number:03}.png").read_bytes()
 
 
-def recolour_first_pixel(source, target):
-    """An RGBA copy of `source` whose first pixel is a colour no palette holds."""
-    done = subprocess.run([sys.executable, "-c", RECOLOUR, str(source), str(target)], capture_output=True, text=True)
-    return done.returncode == 0
-
-
-# The standard library only: decode the tool's own RGBA PNG, change a pixel, write it back.
-RECOLOUR = """
-import struct, sys, zlib
-data = open(sys.argv[1], 'rb').read()
-at, chunks = 8, []
-while at < len(data):
-    length, kind = struct.unpack('>I4s', data[at:at + 8])
-    chunks.append((kind, data[at + 8:at + 8 + length]))
-    at += 12 + length
-ihdr = dict(chunks)[b'IHDR']
-width, height, depth, colour = struct.unpack('>IIBB', ihdr[:10])
-assert depth == 8 and colour == 6
-raw = bytearray(zlib.decompress(b''.join(body for kind, body in chunks if kind == b'IDAT')))
-assert raw[0] == 0
-raw[1:5] = bytes([123, 45, 201, 255])
+# PNG files read and written with the standard library alone, beside the
+# tool's libpng and the page's decoder.
 def chunk(kind, body):
-    return struct.pack('>I', len(body)) + kind + body + struct.pack('>I', zlib.crc32(kind + body))
-open(sys.argv[2], 'wb').write(data[:8] + chunk(b'IHDR', ihdr) + chunk(b'IDAT', zlib.compress(bytes(raw))) + chunk(b'IEND', b''))
-"""
+    return struct.pack(">I", len(body)) + kind + body + struct.pack(">I", zlib.crc32(kind + body))
+
+
+def rgba_pixels(path):
+    """The pixels of an 8-bit RGBA PNG without filters, as the tool writes them: rows of (r, g, b, a)."""
+    data, at, chunks = path.read_bytes(), 8, []
+    while at < len(data):
+        length, kind = struct.unpack(">I4s", data[at:at + 8])
+        chunks.append((kind, data[at + 8:at + 8 + length]))
+        at += 12 + length
+    width, height, depth, colour = struct.unpack(">IIBB", dict(chunks)[b"IHDR"][:10])
+    assert depth == 8 and colour == 6
+    raw = zlib.decompress(b"".join(body for kind, body in chunks if kind == b"IDAT"))
+    stride = width * 4 + 1
+    assert all(raw[y * stride] == 0 for y in range(height))
+    return [[tuple(raw[y * stride + 1 + x * 4:y * stride + 5 + x * 4]) for x in range(width)] for y in range(height)]
+
+
+def write_png(path, pixels, colour, depth, row_bytes, extra=b""):
+    """`pixels` in PNG colour type `colour` at `depth` bits, each row made by `row_bytes`."""
+    ihdr = struct.pack(">IIBBBBB", len(pixels[0]), len(pixels), depth, colour, 0, 0, 0)
+    body = b"".join(b"\0" + row_bytes(row) for row in pixels)
+    path.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", ihdr) + extra + chunk(b"IDAT", zlib.compress(body)) +
+                     chunk(b"IEND", b""))
+
+
+def rgba_row(row):
+    return b"".join(bytes(p) for p in row)
+
+
+def recoloured_first_pixel(source, target):
+    """An RGBA copy of `source` whose first pixel is a colour no palette holds."""
+    pixels = rgba_pixels(source)
+    pixels[0][0] = (123, 45, 201, 255)
+    write_png(target, pixels, 6, 8, rgba_row)
+
+
+def packed_samples(values, bits):
+    out, byte, used = bytearray(), 0, 0
+    for value in values:
+        byte, used = (byte << bits) | value, used + bits
+        if used == 8:
+            out.append(byte)
+            byte, used = 0, 0
+    if used:
+        out.append(byte << (8 - used))
+    return bytes(out)
+
+
+def write_png_forms(source, folder):
+    """One RGBA picture in the PNG forms other programs write: greys, 16 bits,
+    packed samples, small palettes, transparency by tRNS."""
+    pixels = rgba_pixels(source)
+    grey = lambda p: (p[0] * 3 + p[1] * 6 + p[2]) // 10
+    small = sorted({p[:3] for row in pixels for p in row})[:16]
+    nearest = lambda p: min(range(len(small)), key=lambda i: sum((a - b) ** 2 for a, b in zip(small[i], p[:3])))
+    palette = chunk(b"PLTE", b"".join(bytes(c) for c in small))
+    forms = {
+        "RGB, 8 bits": (2, 8, lambda row: b"".join(bytes(p[:3]) for p in row), b""),
+        "RGBA, 16 bits": (6, 16, lambda row: b"".join(struct.pack(">4H", *(v * 257 for v in p)) for p in row), b""),
+        "grey, 8 bits": (0, 8, lambda row: bytes(grey(p) for p in row), b""),
+        "grey and alpha, 8 bits": (4, 8, lambda row: b"".join(bytes((grey(p), p[3])) for p in row), b""),
+        "grey, 4 bits": (0, 4, lambda row: packed_samples([grey(p) >> 4 for p in row], 4), b""),
+        "grey, 16 bits, a grey made transparent": (0, 16, lambda row: b"".join(struct.pack(">H", grey(p) * 257) for p in row),
+                                                   chunk(b"tRNS", struct.pack(">H", grey(pixels[0][0]) * 257))),
+        "RGB, a colour made transparent": (2, 8, lambda row: b"".join(bytes(p[:3]) for p in row),
+                                           chunk(b"tRNS", struct.pack(">3H", *pixels[0][0][:3]))),
+        "palette of 16, 4 bits": (3, 4, lambda row: packed_samples([nearest(p) for p in row], 4),
+                                  palette + chunk(b"tRNS", bytes([0] + [255] * (len(small) - 1)))),
+        "palette of 16, 8 bits": (3, 8, lambda row: bytes(nearest(p) for p in row), palette),
+    }
+    for name, (colour, depth, row_bytes, extra) in forms.items():
+        write_png(folder / f"{name}.png", pixels, colour, depth, row_bytes, extra)
 
 
 def check_text_and_sound(studio, checks):
