@@ -49,6 +49,11 @@ std::runtime_error cannotOpen(const std::string& path)
     return std::runtime_error("could not open '" + path + "'");
 }
 
+std::runtime_error cannotWrite(const std::string& path)
+{
+    return std::runtime_error("could not write to " + path);
+}
+
 std::runtime_error invalidIndex(unsigned int index, const std::string& path)
 {
     return std::runtime_error("invalid index '" + std::to_string(index) + "' for " + path);
@@ -199,31 +204,33 @@ void File::replace(unsigned int index, Content* content)
 
 void File::write(std::string path)
 {
-    Content::Write image;
-    std::uint64_t imageSize = HEADER_AREA_SIZE;
-    for (Content* entry : entries)
-        imageSize += entry->size();
-    image.reserve(static_cast<unsigned int>(std::min<std::uint64_t>(imageSize, std::numeric_limits<unsigned int>::max())));
-    image.add2("size", static_cast<unsigned short>(entries.size()));
-    image.add4("signature?", SIGNATURE);
-    image.add2("version?", 0);
-    image.add4("offset0", HEADER_AREA_SIZE);
+    Content::Write header;
+    header.add2("size", static_cast<unsigned short>(entries.size()));
+    header.add4("signature?", SIGNATURE);
+    header.add2("version?", 0);
+    header.add4("offset0", HEADER_AREA_SIZE);
     unsigned int offset = HEADER_AREA_SIZE;
     for (Content* entry : entries) {
         offset += entry->size();
-        image.add4("offset", offset);
+        header.add4("offset", offset);
     }
     if (entries.size() <= WRITER_TAG_LIMIT) {
         isTagged = true;
-        image.add4("zorv", TAG_WORD);
+        header.add4("zorv", TAG_WORD);
     }
-    while (image.size() < HEADER_AREA_SIZE)
-        image.add1("fill", 0);
+    while (header.size() < HEADER_AREA_SIZE)
+        header.add1("fill", 0);
+    const std::unique_ptr<char[]> area(header.gen());
+    // Every entry is a block in memory, so the target may be the archive's
+    // own source: nothing is read from it any more. The entries go out from
+    // their blocks, not gathered into one image first, which cost a copy of
+    // the whole archive into fresh memory.
+    std::ofstream out(path, std::ios::binary | std::ios::trunc);
+    if (!out.good())
+        throw cannotWrite(path);
+    out.write(area.get(), HEADER_AREA_SIZE);
     for (Content* entry : entries)
-        image.add(entry->data(), entry->size());
-    // The whole image stands in memory before the target is opened, so
-    // writing over the archive's own source is safe.
-    image.write(std::move(path));
+        out.write(entry->data(), entry->size());
 }
 
 bool File::header(std::string path, std::string* error, std::vector<unsigned int>* offsets, bool* tagged)

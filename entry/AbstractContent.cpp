@@ -2,6 +2,7 @@
 
 #include "entry/Write.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -63,6 +64,16 @@ Content* Content::AbstractContent::genContent(char* bytes, unsigned int size, TY
     if (content->type() != type)
         throw std::runtime_error("bug in " + typeStr(type) + " creation, sorry");
     return content.release();
+}
+
+Content* Content::AbstractContent::rebuiltAsIs(Content* content, Write& built, TYPE type)
+{
+    if (built.size() != content->size())
+        return nullptr;
+    std::unique_ptr<char[]> bytes(built.gen());
+    if (!std::equal(bytes.get(), bytes.get() + content->size(), content->data()))
+        return nullptr;
+    return genContent(bytes.release(), content->size(), type);
 }
 
 void Content::AbstractContent::refuseDebugCreation(Content* content)

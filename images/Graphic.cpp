@@ -489,13 +489,10 @@ void appendGraphic(Write& header, std::vector<FrameStore>& frameStores, unsigned
         append(header, frameStores[f]);
 }
 
-// Verifying field by field costs a labelled field a pixel. An entry that
-// the plain encoder (`encode` into a fresh builder) rebuilds byte for byte has
-// no field to report, so the rebuilt graphic is returned at once; for any
-// other, a failure included, null, and the verifying path then reports as it
-// goes.
+// The plain encoder's rebuild (`encode` into a fresh builder) when it is the
+// entry byte for byte; null for any other, a failure included.
 template <typename Encode>
-Content* rebuiltAsIs(Content* content, Encode encode)
+Content* encodedAsIs(Content* content, Encode encode)
 {
     Write header;
     try {
@@ -503,12 +500,7 @@ Content* rebuiltAsIs(Content* content, Encode encode)
     } catch (const std::exception&) {
         return nullptr;
     }
-    if (header.size() != content->size())
-        return nullptr;
-    std::unique_ptr<char[]> bytes(header.gen());
-    if (!std::equal(bytes.get(), bytes.get() + content->size(), content->data()))
-        return nullptr;
-    return Content::AbstractContent::genContent(bytes.release(), content->size(), Content::GRAPHIC);
+    return Content::AbstractContent::rebuiltAsIs(content, header, Content::GRAPHIC);
 }
 
 std::string debugFrameName(unsigned int index)
@@ -966,7 +958,7 @@ Content* Content::Graphic::createDebug(Content* content, std::ostream& report)
                       source->frameCount, source->clearOnceValue, source->clearModValue, internalPalette, palOffset,
                       palSize, source->flagWord);
     };
-    if (Content* same = rebuiltAsIs(content, [&](Write& header) {
+    if (Content* same = encodedAsIs(content, [&](Write& header) {
             std::vector<std::vector<char>> frameBytes(source->frameCount);
             encode(header, frameBytes);
         }))

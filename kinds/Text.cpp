@@ -110,12 +110,18 @@ unsigned int Content::Text::startOf(unsigned int index)
 
 Content* Content::Text::create(std::vector<std::string>& strings)
 {
+    Write write;
+    addRecords(write, strings);
+    return genContent(write, TEXT);
+}
+
+void Content::Text::addRecords(Write& write, const std::vector<std::string>& strings)
+{
     // Nothing is verified here, so each record goes in whole instead of byte
     // by byte under labels that no one reads; the bytes are those of the
     // labelled form below, which verifying holds against every table.
     // All records are laid out first and handed over in one piece, so that
     // the builder takes them in a single block of their size.
-    Write write;
     const std::size_t textsize = addHeader(write, strings);
     std::vector<char> records(strings.size() * textsize, '\0');
     char* record = records.data();
@@ -124,7 +130,6 @@ Content* Content::Text::create(std::vector<std::string>& strings)
         record += textsize;
     }
     write.add(records.data(), static_cast<unsigned int>(records.size()));
-    return genContent(write, TEXT);
 }
 
 void Content::Text::create(Write& write, std::vector<std::string>& strings)
@@ -166,6 +171,10 @@ Content* Content::Text::createDebug(Content* content, std::ostream& report)
     for (unsigned int index = 0; index < table->size(); ++index)
         strings.push_back(table->get(index));
 
+    Write plain;
+    addRecords(plain, strings);
+    if (Content* same = rebuiltAsIs(content, plain, TEXT))
+        return same;
     Write write;
     write.setDebug("text", content->data(), content->size(), report);
     create(write, strings);

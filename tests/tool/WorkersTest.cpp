@@ -130,24 +130,27 @@ TEST(Workers, AFailedDeliveryStopsTheRunAndNoLaterOneIsMade)
 
 // When delivering is the slow part, the workers wait for it instead of
 // computing everything at once and holding it all.
-TEST(Workers, StayAFewTasksAheadOfTheDeliveries)
+TEST(Workers, StayNoMoreTasksAheadOfTheDeliveriesThanTheirLead)
 {
-    for (const unsigned int jobs : {2u, 4u}) {
-        std::atomic<std::size_t> computed{0}, delivered{0}, mostAhead{0};
-        inOrder(
-            jobs, TASKS,
-            [&](std::size_t) {
-                const std::size_t ahead = ++computed - delivered;
-                std::size_t most = mostAhead;
-                while (ahead > most && !mostAhead.compare_exchange_weak(most, ahead)) {
-                }
-            },
-            [&](std::size_t, const Outcome&) {
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-                ++delivered;
-            });
-        EXPECT_GT(mostAhead, 1u) << jobs;
-        EXPECT_LE(mostAhead, 4u * jobs) << jobs;
+    for (const std::size_t lead : {std::size_t{1}, lbxtool::LEAD_PER_WORKER}) {
+        for (const unsigned int jobs : {2u, 4u}) {
+            std::atomic<std::size_t> computed{0}, delivered{0}, mostAhead{0};
+            inOrder(
+                jobs, TASKS,
+                [&](std::size_t) {
+                    const std::size_t ahead = ++computed - delivered;
+                    std::size_t most = mostAhead;
+                    while (ahead > most && !mostAhead.compare_exchange_weak(most, ahead)) {
+                    }
+                },
+                [&](std::size_t, const Outcome&) {
+                    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+                    ++delivered;
+                },
+                {}, lead);
+            EXPECT_GT(mostAhead, 1u) << jobs << " jobs, lead " << lead;
+            EXPECT_LE(mostAhead, lead * jobs) << jobs << " jobs, lead " << lead;
+        }
     }
 }
 

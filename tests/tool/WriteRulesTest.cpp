@@ -181,6 +181,35 @@ TEST_F(WriteRules, AFailedWriteLeavesTheOriginalByteForByteAndNoTemporaryFile)
     EXPECT_FALSE(fs::exists(frames + ".lbx-part"));
 }
 
+// pack writes the archive as its entries are made: a write that fails on
+// the way, or an entry refused after others were written, leaves no archive,
+// no temporary file, and none of the folders it made for the archive.
+TEST_F(WriteRules, APackThatFailsOnTheWayLeavesNothingItMade)
+{
+    ASSERT_EQ(lbx({"unpack", inbox, "-o", dir.path("u")}).status, 0);
+    const std::string folder = dir.path("u/INBOX");
+    const std::string target = dir.path("new/deeper/INBOX.LBX");
+    const auto unpacked = snapshot(folder);
+
+    const Outcome cut = run("ulimit -f 1; exec " + quote(LBX_TOOL), {"pack", folder, "-o", target});
+    EXPECT_EQ(cut.status, 1);
+    EXPECT_EQ(cut.err, "lbx: could not write to '" + target + "' (File too large)\n");
+    EXPECT_FALSE(fs::exists(dir.path("new")));
+
+    const std::string last = frameFile(folder, "INBOX_001", 0);
+    const Bytes frame = readFile(last);
+    std::ofstream(last, std::ios::binary) << "GIF89a";
+    const Outcome refused = lbx({"pack", folder, "-o", target});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "lbx: '" + last + "' is not a PNG file\n");
+    EXPECT_FALSE(fs::exists(dir.path("new")));
+
+    std::ofstream(last, std::ios::binary) << frame;
+    EXPECT_EQ(snapshot(folder), unpacked);
+    ASSERT_EQ(lbx({"pack", folder, "-o", target}).status, 0);
+    EXPECT_EQ(readFile(target), readFile(inbox));
+}
+
 // A disk of 64 KiB, where the system lets the test make one: every command
 // that writes gives the system's reason, and leaves the disk as it was.
 TEST_F(WriteRules, AFullDiskIsSaidInTheSystemsWords)

@@ -31,9 +31,10 @@ struct PackOptions {
 };
 
 // The entries of `plan` made from their files on the workers, and put into
-// an archive in order; `changes` gets what changed, `shapes` what each is.
+// an archive in order, each written to `out` as it comes; `changes` gets
+// what changed, `shapes` what each is.
 std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& options, const std::string& folder,
-                                    const std::string& manifestPath, const std::string& target,
+                                    const std::string& manifestPath, const std::string& target, ArchiveStream& out,
                                     std::vector<std::string>& changes, std::vector<std::string>& shapes)
 {
     const FileReader read = [&folder](const std::string& name) { return readBytes(inFolder(folder, name)); };
@@ -55,7 +56,8 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
             changes.push_back(packed[i].change);
         shapes.push_back(shapeOf(packed[i].entry.get()));
         archive->push_back(packed[i].entry.get());
-        packed[i].entry.release();
+        Content* entry = packed[i].entry.release();
+        out.add(entry->data(), entry->size());
         progress.advance();
     };
     inOrder(options.jobs, packed.size(), compute, deliver);
@@ -118,11 +120,14 @@ int pack(const PackOptions& options)
     requireNamedFiles(folder, held, *plan.entries, manifestPath, warnings);
 
     std::vector<std::string> changes, shapes;
-    const std::unique_ptr<File> archive =
-        packedArchive(plan, options, folder, manifestPath, target, changes, shapes);
-    const Arrangement arranged = arrangement(manifest, plan, shapes, target);
-    makeFolderFor(target);
-    writer.writeArchive(target, *archive, existing);
+    std::unique_ptr<File> archive;
+    Arrangement arranged;
+    FolderFor made(target);
+    writer.streamArchive(target, existing, [&](ArchiveStream& out) {
+        archive = packedArchive(plan, options, folder, manifestPath, target, out, changes, shapes);
+        arranged = arrangement(manifest, plan, shapes, target);
+    });
+    made.keep();
     noteHeader(target, manifest, manifestPath);
     printSummary(*archive, folder, target, changes, arranged);
     return EXIT_DONE;

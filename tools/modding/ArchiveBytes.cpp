@@ -53,7 +53,7 @@ ArchiveBytes readArchiveBytes(Files& files, const std::string& path)
     // The file was read apart from its header: one changed in between is
     // refused rather than cut at offsets that are not its own.
     if (header.offsets.back() != bytes.size())
-        throw std::runtime_error("'" + path + "' changed while it was read");
+        throw changedWhileRead(path);
     ArchiveBytes archive;
     archive.header = bytes.substr(0, HEADER_AREA_SIZE);
     for (std::size_t i = 0; i + 1 < header.offsets.size(); ++i)

@@ -117,6 +117,11 @@ std::string frames(std::size_t count)
     return counted(count, "frame", "frames");
 }
 
+std::runtime_error changedWhileRead(const std::string& path)
+{
+    return std::runtime_error("'" + path + "' changed while it was read");
+}
+
 std::runtime_error noEntry(const std::string& path, std::size_t index, std::size_t count, bool appends)
 {
     const std::string range = count == 0 ? "it has none" : "its entries are 0 to " + std::to_string(count - 1);

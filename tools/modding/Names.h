@@ -70,6 +70,9 @@ std::string counted(std::size_t count, const std::string& one, const std::string
 std::string entries(std::size_t count);
 std::string frames(std::size_t count);
 
+// The refusal of an archive whose file changed between two of its reads.
+std::runtime_error changedWhileRead(const std::string& path);
+
 // "'PATH' has no entry 9; its entries are 0 to 2": an index out of range,
 // with the range. With `appends`, the entry count is in range too.
 std::runtime_error noEntry(const std::string& path, std::size_t index, std::size_t count, bool appends = false);

@@ -26,18 +26,22 @@ bool recreatable(Content* entry)
 
 Recreation recreate(Content* entry, const std::string& name)
 {
-    Recreation done;
-    done.kind = entry->typeStr();
-    done.tried = recreatable(entry);
-    if (!done.tried)
-        return done;
     // On a copy, so that what re-creating decodes goes with it, memory for
     // the next entry to reuse, instead of piling up in the archive: a third
     // of the time went on the system handing out fresh pages.
-    Content copy(*entry);
+    return recreate(std::make_unique<Content>(*entry), name);
+}
+
+Recreation recreate(std::unique_ptr<Content> entry, const std::string& name)
+{
+    Recreation done;
+    done.kind = entry->typeStr();
+    done.tried = recreatable(entry.get());
+    if (!done.tried)
+        return done;
     std::ostringstream differing;
     try {
-        std::unique_ptr<Content> recreated(copy.debugCreate(differing));
+        std::unique_ptr<Content> recreated(entry->debugCreate(differing));
     } catch (const std::exception& e) {
         done.difference = name + ": " + e.what();
     }

@@ -3,6 +3,7 @@
 
 #include "entry/Content.h"
 
+#include <memory>
 #include <string>
 
 namespace lbxtool {
@@ -17,6 +18,8 @@ struct Recreation {
 
 // Re-creates `entry`, named `name` in messages, and compares.
 Recreation recreate(zorv2::Lbx::Content* entry, const std::string& name);
+// The same on an entry taken over, which goes with what re-creating decoded.
+Recreation recreate(std::unique_ptr<zorv2::Lbx::Content> entry, const std::string& name);
 
 } // namespace lbxtool
 

@@ -34,6 +34,9 @@ public:
     virtual void work(Archive& archive, std::size_t entry) = 0;
     virtual void deliver(Archive& archive, std::size_t entry) = 0;
     virtual void finish(Archive& archive) = 0;
+    // How many entries each worker may work on ahead of the one delivered
+    // next (see inOrder).
+    virtual std::size_t leadPerWorker() const { return LEAD_PER_WORKER; }
 };
 
 // The units of work of archives taken through steps: opening each archive,
@@ -172,7 +175,8 @@ int forEachArchive(unsigned int jobs, const std::vector<std::string>& paths, Arc
     ArchiveRun<Archive> run(paths, steps);
     inOrder(
         jobs, run.count(), [&run](std::size_t u) { run.compute(u); },
-        [&run](std::size_t u, const Outcome& outcome) { run.deliver(u, outcome); }, run.takingOrder());
+        [&run](std::size_t u, const Outcome& outcome) { run.deliver(u, outcome); }, run.takingOrder(),
+        steps.leadPerWorker());
     return run.status;
 }
 

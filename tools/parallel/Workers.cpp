@@ -20,13 +20,6 @@ struct Slot {
     bool done = false;
 };
 
-// Workers compute at most this many tasks each ahead of the one delivered
-// next: what they make waits in memory for its turn, and when delivering is
-// the slower part (export writes a file at a time) they would otherwise
-// hold a whole set of archives' output, and take the core that delivering
-// needs.
-constexpr std::size_t LEAD_PER_WORKER = 4;
-
 // The tasks of one run, each computed into a slot of its own and delivered
 // from it.
 class Tasks {
@@ -67,8 +60,8 @@ private:
 // which they take tasks.
 class Progress {
 public:
-    Progress(Tasks& tasks, std::size_t workers, const std::vector<std::size_t>& order)
-        : tasks(tasks), lead(workers * LEAD_PER_WORKER), order(order)
+    Progress(Tasks& tasks, std::size_t workers, const std::vector<std::size_t>& order, std::size_t leadPerWorker)
+        : tasks(tasks), lead(workers * leadPerWorker), order(order)
     {
     }
 
@@ -207,7 +200,7 @@ unsigned int workerCount(unsigned int jobs)
 }
 
 void inOrder(unsigned int jobs, std::size_t count, const Compute& compute, const Deliver& deliver,
-             const std::vector<std::size_t>& order)
+             const std::vector<std::size_t>& order, std::size_t leadPerWorker)
 {
     Tasks tasks(count, compute, deliver);
     const std::size_t workers = std::min<std::size_t>(workerCount(jobs), count);
@@ -219,7 +212,7 @@ void inOrder(unsigned int jobs, std::size_t count, const Compute& compute, const
         return;
     }
     // The calling thread is one of the workers.
-    Progress progress(tasks, workers, order);
+    Progress progress(tasks, workers, order, leadPerWorker);
     const Crew crew(workers - 1, progress);
     for (std::size_t i = 0; i < count; ++i)
         progress.deliverInTurn(i);

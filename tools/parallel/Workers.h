@@ -25,6 +25,13 @@ struct Outcome {
     std::exception_ptr failure;
 };
 
+// How many tasks each worker computes at most ahead of the one delivered
+// next, unless a run asks for more: what they make waits in memory for its
+// turn, and when delivering is the slower part (export writes a file at a
+// time) they would otherwise hold a whole set of archives' output, and take
+// the core that delivering needs.
+constexpr std::size_t LEAD_PER_WORKER = 16;
+
 // The same as
 //
 //     for (i = 0; i < count; ++i) { compute(i); deliver(i, how compute(i) ended); }
@@ -32,15 +39,15 @@ struct Outcome {
 // on the calling thread, but with compute running on up to `jobs` workers
 // (0: one a core), taken in `order` (a permutation of 0 .. count - 1; empty:
 // in index order); a compute may wait for one that comes before it in both
-// orders. The workers keep no more than a few tasks each ahead of the
-// deliveries, so `order` may take a task no more than one place later than
-// its index. Deliver says what the compute said, unless it drops it.
+// orders. The workers keep no more than `leadPerWorker` tasks each ahead of
+// the deliveries, so `order` may take a task no more than one place later
+// than its index. Deliver says what the compute said, unless it drops it.
 // An exception from deliver ends the run: no later deliver is called, and it
 // comes out here once the workers have stopped. The calling thread is one
 // of the workers; with one, everything runs on it.
 void inOrder(unsigned int jobs, std::size_t count, const std::function<void(std::size_t)>& compute,
              const std::function<void(std::size_t, const Outcome&)>& deliver,
-             const std::vector<std::size_t>& order = {});
+             const std::vector<std::size_t>& order = {}, std::size_t leadPerWorker = LEAD_PER_WORKER);
 
 } // namespace lbxtool
 

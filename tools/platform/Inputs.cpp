@@ -47,6 +47,44 @@ std::unique_ptr<File> openArchive(const std::string& path)
     return reading(path, [&] { return std::make_unique<File>(path); });
 }
 
+ArchiveEntries::ArchiveEntries(const std::string& path) : path(path)
+{
+    reading(path, [&] {
+        std::string error;
+        if (!File::header(path, &error, &offsets, nullptr))
+            throw std::runtime_error(error);
+        descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
+        if (descriptor < 0)
+            throw std::runtime_error("could not open '" + path + "'");
+        return 0;
+    });
+}
+
+ArchiveEntries::~ArchiveEntries()
+{
+    ::close(descriptor);
+}
+
+std::unique_ptr<Content> ArchiveEntries::read(unsigned int index) const
+{
+    const unsigned int begin = offsets[index];
+    const unsigned int length = offsets[index + 1] - begin;
+    std::unique_ptr<char[]> block(new char[length]);
+    for (unsigned int done = 0; done < length;) {
+        const ssize_t got = ::pread(descriptor, block.get() + done, length - done, begin + done);
+        if (got < 0 && errno == EINTR)
+            continue;
+        // The header promised these bytes: a file that ends before them
+        // changed while it was read.
+        if (got <= 0)
+            throw changedWhileRead(path);
+        done += static_cast<unsigned int>(got);
+    }
+    auto entry = std::make_unique<Content>(path + "[" + std::to_string(index) + "]", block.get(), length);
+    block.release();
+    return entry;
+}
+
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index)
 {
     return reading(path, [&] { return entryOfArchive(path, index); });
@@ -83,7 +121,13 @@ std::size_t listedEntries(const std::string& path)
 void requireEntries(File& archive, std::size_t entries)
 {
     if (archive.size() != entries)
-        throw std::runtime_error("'" + archive.path() + "' changed while it was read");
+        throw changedWhileRead(archive.path());
+}
+
+void requireEntries(const ArchiveEntries& archive, std::size_t entries)
+{
+    if (archive.size() != entries)
+        throw changedWhileRead(archive.where());
 }
 
 std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted)

@@ -25,6 +25,28 @@ void withSystemReason(const std::string& path, const std::function<void()>& read
 // The archive at `path`, validated and classified.
 std::unique_ptr<File> openArchive(const std::string& path);
 
+// An archive whose entries are read as they are asked for, from any thread:
+// a command that takes each entry once then holds the entries in hand, not
+// the whole archive, and classifies each where it works on it. The header is
+// checked at once, with the library's messages.
+class ArchiveEntries {
+public:
+    explicit ArchiveEntries(const std::string& path);
+    ~ArchiveEntries();
+    ArchiveEntries(const ArchiveEntries&) = delete;
+    ArchiveEntries& operator=(const ArchiveEntries&) = delete;
+
+    std::size_t size() const { return offsets.size() - 1; }
+    const std::string& where() const { return path; }
+    // Entry `index` (below size()), named as File names its entries.
+    std::unique_ptr<Content> read(unsigned int index) const;
+
+private:
+    std::string path;
+    std::vector<unsigned int> offsets;
+    int descriptor = -1;
+};
+
 // Entry `index` of the archive at `path`, without reading the others.
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index);
 
@@ -42,6 +64,7 @@ std::size_t listedEntries(const std::string& path);
 // Throws unless `archive` holds the `entries` entries its header listed
 // before: the file changed in between.
 void requireEntries(File& archive, std::size_t entries);
+void requireEntries(const ArchiveEntries& archive, std::size_t entries);
 
 // The indices a command works on: every entry when none are given, otherwise
 // those given, each checked against the archive and taken once.

@@ -23,4 +23,20 @@ void makeFolderFor(const std::string& path)
         makeFolder(folder);
 }
 
+FolderFor::FolderFor(const std::string& path)
+{
+    for (fs::path folder = fs::path(path).parent_path(); !folder.empty() && !fs::exists(folder);
+         folder = folder.parent_path())
+        made.push_back(folder.string());
+    makeFolderFor(path);
+}
+
+FolderFor::~FolderFor()
+{
+    for (const std::string& folder : made) {
+        std::error_code ignored;
+        fs::remove(folder, ignored);
+    }
+}
+
 } // namespace lbxtool

@@ -128,6 +128,12 @@ void syncFolder(const fs::path& folder)
     ::close(descriptor);
 }
 
+void seekTo(int descriptor, off_t offset, const std::string& target)
+{
+    if (::lseek(descriptor, offset, SEEK_SET) != offset)
+        throw systemFailure(target);
+}
+
 void writeAll(int descriptor, const char* data, std::size_t size, const std::string& target)
 {
     while (size > 0) {
@@ -162,6 +168,24 @@ std::string roomProblem(int descriptor, const std::string& otherwise)
 
 } // namespace
 
+ArchiveStream::ArchiveStream(int descriptor, const std::string& target) : descriptor(descriptor), target(target)
+{
+    seekTo(descriptor, HEADER_AREA_SIZE, target);
+}
+
+void ArchiveStream::add(const char* data, std::size_t size)
+{
+    writeAll(descriptor, data, size, target);
+    sizes.push_back(size);
+}
+
+void ArchiveStream::finish()
+{
+    const std::string area = writtenHeader(sizes);
+    seekTo(descriptor, 0, target);
+    writeAll(descriptor, area.data(), area.size(), target);
+}
+
 void SafeWriter::protect(const std::vector<std::string>& paths)
 {
     for (const std::string& path : paths) {
@@ -183,6 +207,16 @@ bool SafeWriter::existingTarget(const std::string& target, Existing existing, st
     if (existing == Existing::Refuse)
         throw std::runtime_error("'" + target + "' already exists; --force replaces it");
     return true;
+}
+
+void SafeWriter::streamArchive(const std::string& target, Existing existing,
+                               const std::function<void(ArchiveStream&)>& make) const
+{
+    writeFile(target, existing, [&](int descriptor, const std::string&) {
+        ArchiveStream stream(descriptor, target);
+        make(stream);
+        stream.finish();
+    });
 }
 
 bool SafeWriter::remove(const std::string& target) const

@@ -30,6 +30,21 @@ inline Existing replaceIf(bool force)
     return force ? Existing::Replace : Existing::Refuse;
 }
 
+// An archive written into a file entry by entry, as it is made, so that
+// writing it overlaps making it; its header area goes in last, the one the
+// library's writer writes for those entries.
+class ArchiveStream {
+public:
+    ArchiveStream(int descriptor, const std::string& target);
+    void add(const char* data, std::size_t size);
+    void finish();
+
+private:
+    int descriptor;
+    std::string target; // what failures name
+    std::vector<std::size_t> sizes;
+};
+
 // The writer of one command: it knows the files the command reads, and no
 // write lands on one of them, whatever path or link leads there.
 class SafeWriter {
@@ -54,6 +69,11 @@ public:
     // Writes `archive` through the library, and reads the header of what was
     // written back before it takes the target's place.
     void writeArchive(const std::string& target, File& archive, Existing existing) const;
+
+    // Writes the archive that `make` adds to the stream it gets, entry by
+    // entry; the target's place is taken once `make` returned.
+    void streamArchive(const std::string& target, Existing existing,
+                       const std::function<void(ArchiveStream&)>& make) const;
 
     // Removes the regular file at `target`, a file the tool made before and
     // the user asked to replace; an input, a link or a folder stays. Whether
