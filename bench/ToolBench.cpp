@@ -7,6 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -29,7 +30,8 @@ namespace {
 // A modder's folder of archives: copies of the mixed archive under names of
 // their own.
 constexpr unsigned int SET_SIZE = 20;
-// The set takes tens of seconds a run; its rows are the median of three.
+// Exporting, unpacking or packing the set takes tens of seconds a run: those
+// rows are the median of three.
 constexpr unsigned int SET_REPETITIONS = 3;
 // Sequential: the floors, and the tool's rows that the threaded ones are
 // held against.
@@ -88,7 +90,9 @@ constexpr double BIG_PEAK_LIMIT = 1e9;
 // iteration's files instead would measure the file system: this machine's
 // ext4 has no journal, and then skips every inode freed in the last minutes
 // when it hands out a new one; after 52,000 files were removed, `lbx export`
-// of the set took 12.5 s instead of 4.9 s, most of it in the kernel.
+// of the set took 12.5 s instead of 4.9 s, most of it in the kernel. What
+// earlier iterations wrote is flushed to the disk first, so that the system
+// writing it back does not take a core from this one.
 class NewFolder {
 public:
     NewFolder(benchmark::State& state, const std::string& under)
@@ -97,6 +101,7 @@ public:
         static unsigned int made = 0;
         path = under + "-" + std::to_string(++made);
         fs::create_directories(path);
+        ::sync();
         state.ResumeTiming();
     }
 
@@ -135,14 +140,22 @@ private:
     std::string path;
 };
 
+// What one run of the tool took: from starting its process to its end, and
+// its peak of resident memory in bytes.
+struct ToolTaken {
+    double seconds = 0;
+    double peak = 0;
+};
+
 // Runs the lbx tool itself, as a modder does, with what it prints kept out
 // of the table: in-process it would lack what its main() sets up, such as
 // the way it keeps freed memory. Throws what it said on stderr when it fails.
-// Returns its peak resident memory in bytes. The tool is started through
-// this program's own launcher (`--peak`, see Main.cpp): the kernel counts
-// in a process's peak the memory of the process it was started from until
-// it ran its program, and this process holds hundreds of megabytes.
-double runTool(const std::vector<std::string>& arguments, const std::string& said)
+// The tool is started through this program's own launcher (`--peak`, see
+// Main.cpp), which measures it: the kernel counts in a process's peak the
+// memory of the process it was started from until it ran its program, and
+// this process holds hundreds of megabytes; and starting the launcher, a
+// program as large as this one, costs some 11 ms that are not the tool's.
+ToolTaken runTool(const std::vector<std::string>& arguments, const std::string& said)
 {
     const std::string peakFile = said + ".peak";
     std::vector<std::string> command{fs::read_symlink("/proc/self/exe").string(), PEAK_OPTION, peakFile, LBX_COMMAND};
@@ -167,10 +180,12 @@ double runTool(const std::vector<std::string>& arguments, const std::string& sai
         std::ifstream in(said);
         throw std::runtime_error("lbx failed: " + std::string(std::istreambuf_iterator<char>(in), {}));
     }
+    ToolTaken taken;
     double kib = 0;
-    std::ifstream(peakFile) >> kib;
+    std::ifstream(peakFile) >> kib >> taken.seconds;
     constexpr double KIB = 1024;
-    return kib * KIB;
+    taken.peak = kib * KIB;
+    return taken;
 }
 
 std::vector<std::string> jobsArguments(unsigned int jobs)
@@ -238,22 +253,24 @@ void countArchives(benchmark::State& state, const Archive& archive, unsigned int
 }
 
 // One command of the tool on `count` archives; pack, which takes one folder
-// at a time, packs each folder that unpack made of them. The highest peak of
-// memory of the tool's runs.
-double runCommand(ToolWorkloads& work, const std::string& command, unsigned int jobs, unsigned int count,
-                  Source source, const std::string& out)
+// at a time, packs each folder that unpack made of them: the time of all its
+// runs, and the highest peak of memory among them.
+ToolTaken runCommand(ToolWorkloads& work, const std::string& command, unsigned int jobs, unsigned int count,
+                     Source source, const std::string& out)
 {
     const std::vector<std::string> inputs = work.inputs(count, source);
     const std::vector<std::string> jobsSet = jobsArguments(jobs);
     if (command == "pack") {
-        double peak = 0;
-        for (const std::string& folder : work.unpacked(count, source))
-            peak = std::max(
-                peak, runTool(std::vector<std::string>{"pack", folder, "-o",
-                                                       out + "/" + fs::path(folder).filename().string() + ".LBX"} +
-                                  jobsSet,
-                              work.said()));
-        return peak;
+        ToolTaken all;
+        for (const std::string& folder : work.unpacked(count, source)) {
+            const ToolTaken one = runTool(
+                std::vector<std::string>{"pack", folder, "-o", out + "/" + fs::path(folder).filename().string() + ".LBX"} +
+                    jobsSet,
+                work.said());
+            all.seconds += one.seconds;
+            all.peak = std::max(all.peak, one.peak);
+        }
+        return all;
     }
     if (command == "verify")
         return runTool(std::vector<std::string>{"verify"} + jobsSet + inputs, work.said());
@@ -271,7 +288,9 @@ void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& co
     try {
         for (auto _ : state) {
             const NewFolder out(state, work.path("out"));
-            peak = std::max(peak, runCommand(work, command, jobs, count, source, *out));
+            const ToolTaken taken = runCommand(work, command, jobs, count, source, *out);
+            state.SetIterationTime(taken.seconds);
+            peak = std::max(peak, taken.peak);
         }
     } catch (const std::exception& e) {
         state.SkipWithError(e.what());
@@ -463,6 +482,15 @@ benchmark::internal::Benchmark* add(const std::string& name, Body body)
     return benchmark::RegisterBenchmark(name.c_str(), body)->UseRealTime();
 }
 
+// A run of the tool, timed by its launcher (see runTool).
+benchmark::internal::Benchmark* addTool(const std::string& name, unsigned int jobs, unsigned int count, Source source,
+                                        const std::shared_ptr<ToolWorkloads>& work, const std::string& command)
+{
+    return benchmark::RegisterBenchmark(name.c_str(), [work, command, jobs, count, source](benchmark::State& state) {
+               toolRun(state, *work, command, jobs, count, source);
+           })->UseManualTime();
+}
+
 // The floors of one archive, each a row that only shows its speed.
 void addFloors(const std::shared_ptr<ToolWorkloads>& work, Source source)
 {
@@ -503,11 +531,10 @@ void registerTool(std::shared_ptr<Archives> archives)
     for (const std::string command : COMMANDS) {
         for (unsigned int count : {1u, SET_SIZE}) {
             for (unsigned int jobs : {ONE_JOB, ALL_JOBS}) {
-                auto* benchmark = add(toolName(command, jobs, count, Source::MIXED),
-                                      [work, command, jobs, count](benchmark::State& state) {
-                                          toolRun(state, *work, command, jobs, count, Source::MIXED);
-                                      });
-                if (count == SET_SIZE)
+                auto* benchmark =
+                    addTool(toolName(command, jobs, count, Source::MIXED), jobs, count, Source::MIXED, work, command);
+                // Verifying the set takes a second: the run's own five repetitions.
+                if (count == SET_SIZE && command != "verify")
                     benchmark->Repetitions(SET_REPETITIONS);
             }
         }
@@ -529,8 +556,7 @@ void registerTool(std::shared_ptr<Archives> archives)
     // of memory against the archive's size.
     for (const std::string command : COMMANDS) {
         const std::string big = toolName(command, ALL_JOBS, 1, Source::BIG);
-        add(big, [work, command](benchmark::State& state) { toolRun(state, *work, command, ALL_JOBS, 1, Source::BIG); })
-            ->Repetitions(BIG_REPETITIONS);
+        addTool(big, ALL_JOBS, 1, Source::BIG, work, command)->Repetitions(BIG_REPETITIONS);
         addAgainstFloor(command, big, Source::BIG);
         addRow(big, "", Measure::PEAK, BIG_PEAK_LIMIT);
     }
@@ -538,6 +564,7 @@ void registerTool(std::shared_ptr<Archives> archives)
 
 int runMeasuringPeak(char** argv)
 {
+    const auto start = std::chrono::steady_clock::now();
     const pid_t child = fork();
     if (child == 0) {
         execv(argv[1], argv + 1);
@@ -547,7 +574,8 @@ int runMeasuringPeak(char** argv)
     struct rusage usage = {};
     if (child < 0 || wait4(child, &status, 0, &usage) < 0)
         return 127;
-    std::ofstream(argv[0]) << usage.ru_maxrss << '\n';
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    std::ofstream(argv[0]) << usage.ru_maxrss << ' ' << taken.count() << '\n';
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 

@@ -96,11 +96,19 @@ std::string readBytes(const std::string& path, std::size_t limit)
     std::ifstream in(path, std::ios::binary);
     if (!in.good())
         throw withReason(std::runtime_error("could not open '" + path + "'"), path);
-    if (limit == ALL_BYTES)
-        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    // The size is taken first, so that the bytes come in one read instead
+    // of a character at a time; a file that grew since is read to its end.
+    const bool whole = limit == ALL_BYTES;
+    if (whole) {
+        in.seekg(0, std::ios::end);
+        limit = static_cast<std::size_t>(std::max<std::streamoff>(in.tellg(), 0));
+        in.seekg(0);
+    }
     std::string bytes(limit, '\0');
     in.read(bytes.data(), static_cast<std::streamsize>(limit));
     bytes.resize(static_cast<std::size_t>(in.gcount()));
+    if (whole && in)
+        bytes.append(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
     return bytes;
 }
 

@@ -188,11 +188,18 @@ void ArchiveStream::finish()
 
 void SafeWriter::protect(const std::vector<std::string>& paths)
 {
-    for (const std::string& path : paths) {
+    unfound.insert(unfound.end(), paths.begin(), paths.end());
+}
+
+const std::vector<SafeWriter::Input>& SafeWriter::protectedInputs() const
+{
+    for (const std::string& path : unfound) {
         struct stat status;
         if (::stat(path.c_str(), &status) == 0)
             inputs.push_back({status.st_dev, status.st_ino, path});
     }
+    unfound.clear();
+    return inputs;
 }
 
 bool SafeWriter::existingTarget(const std::string& target, Existing existing, struct stat& status) const
@@ -200,7 +207,7 @@ bool SafeWriter::existingTarget(const std::string& target, Existing existing, st
     if (::stat(target.c_str(), &status) != 0)
         return false;
     requireRegularFile(target);
-    for (const Input& input : inputs)
+    for (const Input& input : protectedInputs())
         if (input.device == status.st_dev && input.inode == status.st_ino)
             throw std::runtime_error("'" + target + "' is one of this command's inputs" +
                                      (input.path == target ? "" : " ('" + input.path + "')") + "; it is left as it is");
@@ -224,7 +231,7 @@ bool SafeWriter::remove(const std::string& target) const
     struct stat status;
     if (::lstat(target.c_str(), &status) != 0 || !S_ISREG(status.st_mode))
         return false;
-    for (const Input& input : inputs)
+    for (const Input& input : protectedInputs())
         if (input.device == status.st_dev && input.inode == status.st_ino)
             return false;
     if (::unlink(target.c_str()) != 0)

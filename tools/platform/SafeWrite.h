@@ -90,7 +90,12 @@ private:
     // Whether a file stands at `target`; throws when it may not be replaced.
     bool existingTarget(const std::string& target, Existing existing, struct stat& status) const;
 
-    std::vector<Input> inputs;
+    // The files protected, found out only when a write meets a file already
+    // at its target: pack, given thousands, then looks up none of them for a
+    // new archive.
+    const std::vector<Input>& protectedInputs() const;
+    mutable std::vector<std::string> unfound;
+    mutable std::vector<Input> inputs;
 };
 
 } // namespace lbxtool
