@@ -5,11 +5,15 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstdint>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
+#include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <sys/mman.h>
 #include <unistd.h>
 
 namespace lbxtool {
@@ -32,6 +36,32 @@ auto reading(const std::string& path, Read read)
     }
 }
 
+// A fresh process pays a page fault for each 4 KiB it first touches, and in
+// a virtual machine such as the one this was measured on a fault costs some
+// 25 us: 150-200 ms for the 25 MB of a large archive, against 10-15 ms to
+// make the same memory present in one call and 60 ms to touch it then. The
+// memory that the archive's entries will take is made present first and
+// freed for them to be carved from. A block the allocator would hand back to
+// the system when freed (the tool keeps those up to 64 MB) would not serve.
+constexpr std::size_t LARGEST_PREPARED = 48 * 1024 * 1024;
+
+void prepareMemory(std::size_t bytes)
+{
+    if (bytes == 0 || bytes > LARGEST_PREPARED)
+        return;
+    void* block = std::malloc(bytes);
+    if (block == nullptr)
+        return;
+    const auto page = static_cast<std::uintptr_t>(::sysconf(_SC_PAGESIZE));
+    const auto address = reinterpret_cast<std::uintptr_t>(block);
+    const std::uintptr_t first = (address + page - 1) / page * page;
+    const std::uintptr_t end = (address + bytes) / page * page;
+    // Where the system cannot, the pages come one fault at a time as before.
+    if (end > first)
+        ::madvise(reinterpret_cast<void*>(first), end - first, MADV_POPULATE_WRITE);
+    std::free(block);
+}
+
 } // namespace
 
 void withSystemReason(const std::string& path, const std::function<void()>& read)
@@ -44,7 +74,13 @@ void withSystemReason(const std::string& path, const std::function<void()>& read
 
 std::unique_ptr<File> openArchive(const std::string& path)
 {
-    return reading(path, [&] { return std::make_unique<File>(path); });
+    return reading(path, [&] {
+        std::error_code unknown;
+        const std::uintmax_t size = std::filesystem::file_size(path, unknown);
+        if (!unknown)
+            prepareMemory(static_cast<std::size_t>(size));
+        return std::make_unique<File>(path);
+    });
 }
 
 ArchiveEntries::ArchiveEntries(const std::string& path) : path(path)
