@@ -20,6 +20,11 @@ namespace lbxtool {
 
 namespace {
 
+std::runtime_error cannotOpen(const std::string& path)
+{
+    return std::runtime_error("could not open '" + path + "'");
+}
+
 // Runs `read` on `path`, giving a failure the system's reason.
 template <typename Read>
 auto reading(const std::string& path, Read read)
@@ -28,7 +33,7 @@ auto reading(const std::string& path, Read read)
     // One message for a file that does not open, whatever reads it.
     const std::string reason = unreadableReason(path);
     if (!reason.empty())
-        throw std::runtime_error("could not open '" + path + "' (" + reason + ")");
+        throw std::runtime_error(cannotOpen(path).what() + std::string(" (") + reason + ")");
     try {
         return read();
     } catch (const std::exception& e) {
@@ -91,7 +96,7 @@ ArchiveEntries::ArchiveEntries(const std::string& path) : path(path)
             throw std::runtime_error(error);
         descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (descriptor < 0)
-            throw std::runtime_error("could not open '" + path + "'");
+            throw cannotOpen(path);
         return 0;
     });
 }
@@ -131,7 +136,7 @@ std::string readBytes(const std::string& path, std::size_t limit)
     requireRegularFile(path);
     std::ifstream in(path, std::ios::binary);
     if (!in.good())
-        throw withReason(std::runtime_error("could not open '" + path + "'"), path);
+        throw withReason(cannotOpen(path), path);
     // The size is taken first, so that the bytes come in one read instead
     // of a character at a time; a file that grew since is read to its end.
     const bool whole = limit == ALL_BYTES;
