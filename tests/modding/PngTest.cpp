@@ -234,6 +234,15 @@ TEST(PngWriting, WhatTheToolWritesReadsBackExactly)
     EXPECT_EQ(coloured.width, 37u);
     EXPECT_EQ(coloured.height, 5u);
     EXPECT_EQ(coloured.pixels, rgba);
+
+    // Larger than any buffer of the compressor's, of runs and noise.
+    Pixels large(1280u * 960u * 4u);
+    for (std::size_t p = 0; p < large.size(); ++p)
+        large[p] = static_cast<unsigned char>(p % 7919 < 4000 ? p / 4096 : p * 2654435761u >> 24);
+    const Picture big = readPicture(rgbaPng(large.data(), 1280, 960, "big.png"), "big.png");
+    EXPECT_EQ(big.width, 1280u);
+    EXPECT_EQ(big.height, 960u);
+    EXPECT_TRUE(big.pixels == large);
 }
 
 TEST(PngWriting, AnImpossiblePictureIsRefusedWithItsName)

@@ -9,10 +9,8 @@
 #include "tools/modding/PaletteSource.h"
 #include "tools/modding/Png.h"
 #include "tools/modding/Shapes.h"
-#include "tools/modding/Sheets.h"
 
 #include <algorithm>
-#include <array>
 #include <limits>
 #include <stdexcept>
 
@@ -22,71 +20,28 @@ namespace forms {
 namespace {
 
 using Palette = Content::Palette;
-namespace layout = zorv2::Lbx::layout;
 
 constexpr unsigned int LARGEST_COUNT = std::numeric_limits<unsigned short>::max();
 constexpr unsigned int LARGEST_SETTING = std::numeric_limits<unsigned char>::max();
-constexpr unsigned char TRANSPARENT = 0;
-// Where unpainted pixels go in a frame's PNG: an index of their own, or
-// nowhere when there are none, or RGBA when every index is painted.
-constexpr int NOTHING_CLEAR = COLORS;
-constexpr int ALL_INDICES_PAINTED = -1;
 
-bool anyClear(const std::vector<Indices>& frames)
+// Frames as 8-bit indexed PNGs in the colours of `shown`, unpainted
+// pixels at index `clear`, and their sheet as a view: the index unpainted
+// pixels took, if any.
+int addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indices>& frames, unsigned int width,
+              unsigned int height, const unsigned char* shown, int clear)
 {
-    return std::any_of(frames.begin(), frames.end(), [](const Indices& frame) {
-        return std::find(frame.begin(), frame.end(), CLEAR) != frame.end();
-    });
-}
-
-// The highest index that no frame paints, if a pixel is left unpainted.
-int clearSlot(const std::vector<Indices>& frames)
-{
-    if (!anyClear(frames))
-        return NOTHING_CLEAR;
-    std::array<bool, COLORS> used{};
-    for (const Indices& frame : frames)
-        for (const unsigned short index : frame)
-            if (index != CLEAR)
-                used[index] = true;
-    for (int index = COLORS - 1; index >= 0; --index)
-        if (!used[index])
-            return index;
-    return ALL_INDICES_PAINTED;
-}
-
-// Frames as 8-bit indexed PNGs in the colours of `shown`. Unpainted pixels
-// take index `clearSlot`, which no painted pixel uses, and whose palette
-// entry is made transparent; with no such index the frames are RGBA.
-void addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indices>& frames, unsigned int width,
-               unsigned int height, const unsigned char* shown, int clearSlot)
-{
-    PaletteArray palette = copyOfPalette(shown);
-    if (clearSlot != ALL_INDICES_PAINTED && clearSlot != NOTHING_CLEAR)
-        palette[clearSlot * PIXEL_SIZE + layout::ALPHA] = TRANSPARENT;
-    std::vector<std::vector<unsigned char>> pictures;
+    std::vector<std::string> names;
+    for (unsigned int f = 0; f < frames.size(); ++f)
+        names.push_back(frameFileName(place.stem, place.index, f));
+    const std::string sheetName = sheetFileName(place.stem, place.index);
+    FramePngs made = framePngs(frames, width, height, shown, clear, names, sheetName);
     for (unsigned int f = 0; f < frames.size(); ++f) {
-        const std::string name = frameFileName(place.stem, place.index, f);
-        pictures.push_back(shownColours(frames[f], shown));
-        if (clearSlot == ALL_INDICES_PAINTED) {
-            form.files[name] = rgbaPng(pictures.back().data(), width, height, name);
-        } else {
-            std::vector<unsigned char> indices(frames[f].size());
-            std::transform(frames[f].begin(), frames[f].end(), indices.begin(), [&](unsigned short index) {
-                return static_cast<unsigned char>(index == CLEAR ? clearSlot : index);
-            });
-            form.files[name] = indexedPng(indices.data(), width, height, palette.get(), name);
-        }
-        form.manifest[key::FRAMES].push_back(name);
+        form.files[names[f]] = std::move(made.frames[f]);
+        form.manifest[key::FRAMES].push_back(names[f]);
     }
-    if (frames.size() > 1) {
-        std::vector<const unsigned char*> all;
-        for (const auto& picture : pictures)
-            all.push_back(picture.data());
-        const Image sheet = spriteSheet(all, width, height);
-        const std::string name = sheetFileName(place.stem, place.index);
-        form.views[name] = rgbaPng(sheet.rgba.data(), sheet.width, sheet.height, name);
-    }
+    if (!made.sheet.empty())
+        form.views[sheetName] = std::move(made.sheet);
+    return made.transparent;
 }
 
 // `count` colours of `palette` from `first` on, as the entry's palette file.
@@ -164,8 +119,7 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
     manifest[key::CLEAR_MOD] = graphic->clearMod();
     manifest[key::FLAGS] = flagText(graphic);
     manifest[key::FRAMES] = Json::array();
-    const int transparent = clearSlot(frames);
-    addFrames(form, place, frames, width, height, shown.get(), transparent);
+    const int transparent = addFrames(form, place, frames, width, height, shown.get(), CHOOSE_CLEAR);
     if (graphic->hasPalette()) {
         addPalette(form, place, shown.get(), palOffset, palSize);
         manifest[key::PALETTE_OFFSET] = palOffset;
@@ -174,7 +128,7 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
     manifest[key::BENEATH] = hexColours(beneath.get());
     // An editor that drops the PNG's transparency leaves this index opaque:
     // pack still knows it, and says so.
-    if (transparent != ALL_INDICES_PAINTED && transparent != NOTHING_CLEAR)
+    if (transparent != NO_INDEX)
         manifest[key::TRANSPARENT_INDEX] = static_cast<unsigned int>(transparent);
     return form;
 }
@@ -223,8 +177,7 @@ EntryForm cursor(Content::Cursor* cursor, const UnpackPlace& place)
     EntryForm form;
     form.manifest[key::KIND] = kind::CURSOR;
     form.manifest[key::FRAMES] = Json::array();
-    // Index 0 is the cursor's transparent one: no painted pixel has it.
-    addFrames(form, place, frames, CURSOR_SIDE, CURSOR_SIDE, own.get(), 0);
+    addFrames(form, place, frames, CURSOR_SIDE, CURSOR_SIDE, own.get(), CURSOR_CLEAR);
     addPalette(form, place, own.get(), 0, COLORS);
     return form;
 }
@@ -233,9 +186,9 @@ std::unique_ptr<Content> cursorFrom(const Json& manifest, const PackPlace& place
 {
     std::vector<unsigned char> palette = paletteFrom(manifest, place, COLORS);
     unsigned int width = 0, height = 0;
-    // Index 0 is the cursor's transparent one, opaque in the file or not.
-    std::vector<Indices> frames =
-        framesFrom(manifest, place, {palette.data(), 1, place.rules.nearest, 0}, false, width, height);
+    // Its transparent index stays unpainted, opaque in the file or not.
+    std::vector<Indices> frames = framesFrom(manifest, place, {palette.data(), CURSOR_CLEAR + 1, place.rules.nearest, CURSOR_CLEAR},
+                                             false, width, height);
     if (frames.size() != CURSOR_FRAMES)
         throw place.manifest.problem("a cursor has 20 frames, 'frames' names " + std::to_string(frames.size()));
     if (width != CURSOR_SIDE || height != CURSOR_SIDE)

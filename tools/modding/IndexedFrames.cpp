@@ -6,8 +6,10 @@
 #include "images/Graphic.h"
 #include "images/Palette.h"
 #include "tools/modding/Shapes.h"
+#include "tools/modding/Sheets.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <stdexcept>
 
@@ -22,6 +24,25 @@ const unsigned char* fakePalette()
 {
     static const PaletteArray fake(Palette::fake());
     return fake.get();
+}
+
+// One index for all the frames of an entry: building one clears a table
+// for every colour the DAC knows, which cost more than looking up a small
+// frame's pixels.
+Palette::Index fakeIndex()
+{
+    return Palette::Index(const_cast<unsigned char*>(fakePalette()), 0, COLORS);
+}
+
+Indices indicesOf(const unsigned char* rgba, std::size_t pixels, Palette::Index& fake)
+{
+    Indices indices(pixels, CLEAR);
+    for (std::size_t p = 0; p < pixels; ++p) {
+        unsigned char* pixel = const_cast<unsigned char*>(rgba + p * PIXEL_SIZE);
+        if (pixel[layout::ALPHA] != 0)
+            indices[p] = fake.find(pixel);
+    }
+    return indices;
 }
 
 // Each pixel's four bytes from a table of whole colours, CLEAR's four zeros
@@ -73,36 +94,102 @@ std::vector<std::vector<unsigned char>> inFakeColours(const std::vector<Indices>
     return rgba;
 }
 
+
+constexpr unsigned char TRANSPARENT = 0;
+
+// The highest index that no frame paints, or NO_INDEX when each is painted.
+int freeIndex(const std::vector<Indices>& frames)
+{
+    std::array<bool, COLORS> used{};
+    for (const Indices& frame : frames)
+        for (const unsigned short index : frame)
+            if (index != CLEAR)
+                used[index] = true;
+    for (int index = COLORS - 1; index >= 0; --index)
+        if (!used[index])
+            return index;
+    return NO_INDEX;
+}
+
+bool anyClear(const std::vector<Indices>& frames)
+{
+    return std::any_of(frames.begin(), frames.end(), [](const Indices& frame) {
+        return std::find(frame.begin(), frame.end(), CLEAR) != frame.end();
+    });
+}
+
+// `shown` with entry `clear`, if any, made transparent.
+PaletteArray withClear(const unsigned char* shown, int clear)
+{
+    PaletteArray palette = copyOfPalette(shown);
+    if (clear != NO_INDEX)
+        palette[clear * PIXEL_SIZE + layout::ALPHA] = TRANSPARENT;
+    return palette;
+}
+
+std::vector<unsigned char> indexBytes(const Indices& frame, int clear)
+{
+    std::vector<unsigned char> bytes(frame.size());
+    std::transform(frame.begin(), frame.end(), bytes.begin(), [clear](unsigned short index) {
+        return static_cast<unsigned char>(index == CLEAR ? clear : index);
+    });
+    return bytes;
+}
+
+std::vector<std::vector<unsigned char>> colouredFrames(const std::vector<Indices>& frames, const unsigned char* shown)
+{
+    std::vector<std::vector<unsigned char>> pictures;
+    for (const Indices& frame : frames)
+        pictures.push_back(coloured(frame, shown));
+    return pictures;
+}
+
+std::string rgbaSheet(const std::vector<std::vector<unsigned char>>& pictures, unsigned int width,
+                      unsigned int height, const std::string& name)
+{
+    std::vector<const unsigned char*> all;
+    for (const auto& picture : pictures)
+        all.push_back(picture.data());
+    const Image sheet = spriteSheet(all, width, height);
+    return rgbaPng(sheet.rgba.data(), sheet.width, sheet.height, name);
+}
+
+std::string indexedSheet(const std::vector<std::vector<unsigned char>>& frames, unsigned int width,
+                         unsigned int height, const unsigned char* shown, int gap, const std::string& name)
+{
+    std::vector<const unsigned char*> all;
+    for (const auto& frame : frames)
+        all.push_back(frame.data());
+    const IndexSheet sheet = indexSheet(all, width, height, static_cast<unsigned char>(std::max(gap, 0)));
+    return indexedPng(sheet.indices.data(), sheet.width, sheet.height, withClear(shown, gap).get(), name);
+}
+
 } // namespace
 
 Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels)
 {
-    Palette::Index index(const_cast<unsigned char*>(fakePalette()), 0, COLORS);
-    Indices indices(pixels, CLEAR);
-    for (std::size_t p = 0; p < pixels; ++p) {
-        unsigned char* pixel = const_cast<unsigned char*>(rgba + p * PIXEL_SIZE);
-        if (pixel[layout::ALPHA] != 0)
-            indices[p] = index.find(pixel);
-    }
-    return indices;
+    Palette::Index index = fakeIndex();
+    return indicesOf(rgba, pixels, index);
 }
 
 std::vector<Indices> storedIndices(Content::Graphic* graphic)
 {
     PaletteArray fake(Palette::fake());
     const LentPalette lent(graphic, fake.get());
+    Palette::Index index = fakeIndex();
     std::vector<Indices> frames;
     for (unsigned int f = 0; f < graphic->frames(); ++f)
-        frames.push_back(indicesOfFake(graphic->frame(f), std::size_t(graphic->width()) * graphic->height()));
+        frames.push_back(indicesOf(graphic->frame(f), std::size_t(graphic->width()) * graphic->height(), index));
     return frames;
 }
 
 std::vector<Indices> storedIndices(Content::Cursor* cursor)
 {
+    Palette::Index index = fakeIndex();
     std::vector<Indices> frames;
     for (unsigned int f = 0; f < CURSOR_FRAMES; ++f) {
         const std::unique_ptr<unsigned char[]> decoded(cursor->gen(f, const_cast<unsigned char*>(fakePalette())));
-        frames.push_back(indicesOfFake(decoded.get(), CURSOR_SIDE * CURSOR_SIDE));
+        frames.push_back(indicesOf(decoded.get(), CURSOR_SIDE * CURSOR_SIDE, index));
     }
     return frames;
 }
@@ -110,11 +197,6 @@ std::vector<Indices> storedIndices(Content::Cursor* cursor)
 std::vector<unsigned char> fakeColours(const Indices& indices)
 {
     return coloured(indices, fakePalette());
-}
-
-std::vector<unsigned char> shownColours(const Indices& indices, const unsigned char* palette)
-{
-    return coloured(indices, palette);
 }
 
 PictureIndices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name,
@@ -223,6 +305,34 @@ Content* cursorOfIndices(const std::vector<Indices>& frames, unsigned char* pale
     Content::Write write;
     Content::Cursor::create(write, palette, pointers.data(), const_cast<unsigned char*>(fakePalette()));
     return Content::AbstractContent::genContent(write, Content::CURSOR);
+}
+
+FramePngs framePngs(const std::vector<Indices>& frames, unsigned int width, unsigned int height,
+                    const unsigned char* shown, int clear, const std::vector<std::string>& names,
+                    const std::string& sheetName)
+{
+    const int free = clear == CHOOSE_CLEAR ? freeIndex(frames) : clear;
+    const bool unpainted = anyClear(frames);
+    const bool indexed = !unpainted || free != NO_INDEX;
+    FramePngs made;
+    made.transparent = unpainted ? free : NO_INDEX;
+    const PaletteArray palette = withClear(shown, made.transparent);
+    std::vector<std::vector<unsigned char>> pixels; // indices, or RGBA
+    for (std::size_t f = 0; f < frames.size(); ++f) {
+        pixels.push_back(indexed ? indexBytes(frames[f], made.transparent) : coloured(frames[f], shown));
+        made.frames.push_back(indexed ? indexedPng(pixels.back().data(), width, height, palette.get(), names[f])
+                                      : rgbaPng(pixels.back().data(), width, height, names[f]));
+    }
+    if (frames.size() < 2)
+        return made;
+    // The sheet's empty corner wants a transparent index even where the
+    // frames paint every pixel; with none left the sheet shows in RGBA.
+    const int sheetClear = sheetHasGap(frames.size()) ? free : made.transparent;
+    if (indexed && (sheetClear != NO_INDEX || !sheetHasGap(frames.size())))
+        made.sheet = indexedSheet(pixels, width, height, shown, sheetClear, sheetName);
+    else
+        made.sheet = rgbaSheet(indexed ? colouredFrames(frames, shown) : pixels, width, height, sheetName);
+    return made;
 }
 
 } // namespace lbxtool

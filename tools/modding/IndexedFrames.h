@@ -20,6 +20,8 @@ using zorv2::Lbx::Content;
 // One value a pixel: a palette index, or CLEAR where nothing is painted.
 using Indices = std::vector<unsigned short>;
 constexpr unsigned short CLEAR = 256;
+// A cursor's index 0 is its transparent one: no painted pixel has it.
+constexpr int CURSOR_CLEAR = 0;
 
 // The indices behind `pixels` RGBA pixels decoded with Palette::fake.
 Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels);
@@ -31,9 +33,6 @@ std::vector<Indices> storedIndices(Content::Cursor* cursor);
 // The frame in fake colours, CLEAR as a transparent pixel: what the
 // encoders take to store exactly these indices.
 std::vector<unsigned char> fakeColours(const Indices& indices);
-
-// The frame in the colours of `palette`, CLEAR transparent: how it shows.
-std::vector<unsigned char> shownColours(const Indices& indices, const unsigned char* palette);
 
 // How an edited picture is turned back into indices.
 struct Lookup {
@@ -72,6 +71,23 @@ void requirePainted(std::size_t unpainted, const std::string& path);
 
 // "1 pixel", "7 pixels": counts in messages.
 std::string counted(std::size_t count, const std::string& thing);
+
+// An animation's frames as PNG files in the colours of `shown`, in the
+// indices the entry stores: 8-bit indexed, unpainted pixels at index
+// `clear` made transparent (CHOOSE_CLEAR: the highest index that no frame
+// paints); RGBA when each of the 256 is painted and a pixel is left
+// unpainted. More than one frame also gives them side by side, in the same
+// form where an index is left for the sheet's empty corner. `names` name the
+// frames' files and `sheetName` the sheet's, in messages.
+struct FramePngs {
+    std::vector<std::string> frames;
+    std::string sheet;
+    int transparent = NO_INDEX; // the index unpainted pixels take in the frames' files
+};
+constexpr int CHOOSE_CLEAR = -2;
+FramePngs framePngs(const std::vector<Indices>& frames, unsigned int width, unsigned int height,
+                    const unsigned char* shown, int clear, const std::vector<std::string>& names,
+                    const std::string& sheetName);
 
 // A graphic entry that stores exactly `frames`, with `palette` as its
 // colours for the palette block.

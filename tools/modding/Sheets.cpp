@@ -19,26 +19,47 @@ constexpr unsigned int TALLEST_FONT = 200;
 // Glyph boxes alternate between two shades, so that neighbours stand apart.
 constexpr unsigned char GLYPH_BOX[2][PIXEL_SIZE] = {{0x4a, 0x5a, 0x6e, 0xff}, {0x6e, 0x7e, 0x92, 0xff}};
 
-} // namespace
-
-Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height)
+// Frames of `pixelSize` bytes a pixel side by side, on `background`.
+std::vector<unsigned char> tiled(const std::vector<const unsigned char*>& frames, unsigned int width,
+                                 unsigned int height, unsigned int pixelSize, unsigned char background,
+                                 unsigned int& sheetWidth, unsigned int& sheetHeight)
 {
     const unsigned int count = static_cast<unsigned int>(frames.size());
     const unsigned int columns = std::min(count, SPRITE_COLUMNS);
     const unsigned int rows = columns == 0 ? 0 : (count + columns - 1) / columns;
-    Image sheet;
-    sheet.width = columns * width;
-    sheet.height = rows * height;
-    sheet.rgba.assign(std::size_t(sheet.width) * sheet.height * PIXEL_SIZE, 0);
-    const std::size_t rowBytes = std::size_t(width) * PIXEL_SIZE;
+    sheetWidth = columns * width;
+    sheetHeight = rows * height;
+    std::vector<unsigned char> sheet(std::size_t(sheetWidth) * sheetHeight * pixelSize, background);
+    const std::size_t rowBytes = std::size_t(width) * pixelSize;
     for (unsigned int f = 0; f < count; ++f) {
         const std::size_t left = std::size_t(f % columns) * width;
         const std::size_t top = std::size_t(f / columns) * height;
         for (unsigned int y = 0; y < height; ++y)
-            std::memcpy(&sheet.rgba[((top + y) * sheet.width + left) * PIXEL_SIZE], frames[f] + y * rowBytes,
-                        rowBytes);
+            std::memcpy(&sheet[((top + y) * sheetWidth + left) * pixelSize], frames[f] + y * rowBytes, rowBytes);
     }
     return sheet;
+}
+
+} // namespace
+
+Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height)
+{
+    Image sheet;
+    sheet.rgba = tiled(frames, width, height, PIXEL_SIZE, 0, sheet.width, sheet.height);
+    return sheet;
+}
+
+IndexSheet indexSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height,
+                      unsigned char gap)
+{
+    IndexSheet sheet;
+    sheet.indices = tiled(frames, width, height, 1, gap, sheet.width, sheet.height);
+    return sheet;
+}
+
+bool sheetHasGap(std::size_t count)
+{
+    return count > SPRITE_COLUMNS && count % SPRITE_COLUMNS != 0;
 }
 
 Image glyphSheet(Content::Font* entry, unsigned int font)

@@ -9,8 +9,22 @@
 // a font's glyphs in a grid.
 namespace lbxtool {
 
-// The frames side by side, at most eight a row, in one image.
+// The frames side by side, at most eight a row, in one image, transparent
+// where the last row is not full.
 Image spriteSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height);
+
+// The same of frames of palette indices, a byte a pixel, `gap` where the
+// last row is not full.
+struct IndexSheet {
+    unsigned int width = 0;
+    unsigned int height = 0;
+    std::vector<unsigned char> indices;
+};
+IndexSheet indexSheet(const std::vector<const unsigned char*>& frames, unsigned int width, unsigned int height,
+                      unsigned char gap);
+
+// Whether the sheet of `count` frames leaves part of its last row empty.
+bool sheetHasGap(std::size_t count);
 
 // The glyphs of font `font` (0 to 5) of a font entry in rows of 16, each in
 // a box as wide as the glyph and as high as the font, a line apart, with
