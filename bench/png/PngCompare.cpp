@@ -10,6 +10,7 @@
 #include "Workloads.h"
 #include "images/PixelLayout.h"
 
+#include <libdeflate.h>
 #include <lodepng.h>
 #include <png.h>
 #include <spng.h>
@@ -253,8 +254,26 @@ Decoded spngDecode(const std::string& bytes)
 
 struct LibpngSettings {
     int level;
-    int filters; // PNG_FILTER_* flags, or -1 for the library's choice
+    int filters;            // PNG_FILTER_* flags, or -1 for the library's choice
+    bool libdeflate = false; // the image data compressed whole by libdeflate at `level`, rows unfiltered
 };
+
+// libpng framing the file and libdeflate compressing its image data: every
+// row behind a 0 (no filter), as one zlib stream for one IDAT chunk.
+std::vector<unsigned char> deflatedWhole(const Pixels& frame, int level)
+{
+    const std::size_t rowBytes = frame.size() / HEIGHT;
+    std::vector<unsigned char> rows;
+    for (unsigned int y = 0; y < HEIGHT; ++y) {
+        rows.push_back(0);
+        rows.insert(rows.end(), frame.begin() + y * rowBytes, frame.begin() + (y + 1) * rowBytes);
+    }
+    libdeflate_compressor* compressor = libdeflate_alloc_compressor(level);
+    std::vector<unsigned char> data(libdeflate_zlib_compress_bound(compressor, rows.size()));
+    data.resize(libdeflate_zlib_compress(compressor, rows.data(), rows.size(), data.data(), data.size()));
+    libdeflate_free_compressor(compressor);
+    return data;
+}
 
 void libpngFailure(png_structp, png_const_charp message)
 {
@@ -318,10 +337,16 @@ std::string libpngEncode(const Input& input, const Pixels& frame, const LibpngSe
             png_set_tRNS(png, info, trns, COLORS, nullptr);
         }
         png_write_info(png, info);
-        std::vector<png_bytep> rows =
-            rowsOf(const_cast<unsigned char*>(frame.data()), frame.size() / HEIGHT, HEIGHT);
-        png_write_image(png, rows.data());
-        png_write_end(png, nullptr);
+        if (settings.libdeflate) {
+            const std::vector<unsigned char> data = deflatedWhole(frame, settings.level);
+            png_write_chunk(png, reinterpret_cast<png_const_bytep>("IDAT"), data.data(), data.size());
+            png_write_chunk(png, reinterpret_cast<png_const_bytep>("IEND"), nullptr, 0);
+        } else {
+            std::vector<png_bytep> rows =
+                rowsOf(const_cast<unsigned char*>(frame.data()), frame.size() / HEIGHT, HEIGHT);
+            png_write_image(png, rows.data());
+            png_write_end(png, nullptr);
+        }
     } catch (...) {
         png_destroy_write_struct(&png, &info);
         throw;
@@ -415,6 +440,7 @@ std::vector<Encoder> encoders()
         {"libpng", "zlib level 1, adaptive filters", false, libpng({1, PNG_ALL_FILTERS})},
         {"libpng", "zlib level 1, no filter", true, libpng({1, PNG_FILTER_NONE})},
         {"libpng", "zlib level 6, no filter", true, libpng({6, PNG_FILTER_NONE})},
+        {"libpng", "libdeflate level 1, no filter", false, libpng({1, PNG_FILTER_NONE, true})},
     };
 }
 

@@ -2,14 +2,12 @@
 
 #include "tools/modding/Shapes.h"
 
-#include <libdeflate.h>
 #include <png.h>
 
 #include <csetjmp>
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
-#include <memory>
 #include <new>
 #include <stdexcept>
 
@@ -34,15 +32,10 @@ constexpr png_uint_32 MOST_KEPT_CHUNKS = 1000;
 constexpr png_alloc_size_t LARGEST_KEPT_CHUNK = 8000000;
 
 // The tool writes nothing but palette colours, for which filters cost time
-// and seldom save bytes. libpng frames the file, and libdeflate compresses
-// its image data whole at its fastest level: 2 to 7 times as fast as
-// libpng's defaults, the files an eighth to a half larger, more for a
-// texture that repeats at long distances; and twice as fast again as zlib's
-// fastest level, which libpng would use, at the same size (bench/png-compare).
+// and seldom save bytes. zlib's fastest level then writes 2 to 7 times as
+// fast as libpng's defaults, the files an eighth to a half larger, more for a
+// texture that repeats at long distances (bench/png-compare).
 constexpr int COMPRESSION_LEVEL = 1;
-constexpr png_byte NO_FILTER = 0;
-const png_byte IMAGE_DATA[] = "IDAT";
-const png_byte IMAGE_END[] = "IEND";
 
 // libpng reports a failure to a callback that must not return. The callback
 // keeps libpng's words and jumps back into `guarded`: only C data may live
@@ -97,34 +90,6 @@ void appendTo(png_structp png, png_bytep data, std::size_t length)
 }
 
 void flushNothing(png_structp) {}
-
-// The image data of the one IDAT chunk: each row behind its filter byte,
-// compressed whole as a zlib stream.
-struct ImageData {
-    std::unique_ptr<unsigned char[]> bytes; // left uninitialised: the compressor writes them
-    std::size_t size = 0;
-};
-
-ImageData imageData(const unsigned char* pixels, std::size_t rowBytes, unsigned int height)
-{
-    const std::size_t filteredRow = rowBytes + 1;
-    const std::unique_ptr<unsigned char[]> rows(new unsigned char[filteredRow * height]);
-    for (unsigned int y = 0; y < height; ++y) {
-        rows[y * filteredRow] = NO_FILTER;
-        std::memcpy(&rows[y * filteredRow + 1], pixels + y * rowBytes, rowBytes);
-    }
-    const std::unique_ptr<libdeflate_compressor, void (*)(libdeflate_compressor*)> compressor(
-        libdeflate_alloc_compressor(COMPRESSION_LEVEL), libdeflate_free_compressor);
-    if (!compressor)
-        throw std::bad_alloc();
-    const std::size_t bound = libdeflate_zlib_compress_bound(compressor.get(), filteredRow * height);
-    ImageData data{std::unique_ptr<unsigned char[]>(new unsigned char[bound])};
-    data.size = libdeflate_zlib_compress(compressor.get(), rows.get(), filteredRow * height, data.bytes.get(), bound);
-    // Never short of room at the bound; a zero would be a broken library.
-    if (data.size == 0)
-        throw std::bad_alloc();
-    return data;
-}
 
 std::vector<png_bytep> rowsOf(const unsigned char* pixels, std::size_t rowBytes, unsigned int height)
 {
@@ -181,11 +146,6 @@ std::runtime_error unreadable(const std::string& name, const std::string& reason
     return std::runtime_error("'" + name + "' is not a readable PNG (" + reason + ")");
 }
 
-std::runtime_error unencodable(const std::string& name, const std::string& reason)
-{
-    return std::runtime_error("could not encode '" + name + "' (" + reason + ")");
-}
-
 // Any colour type and depth as 8-bit RGBA: a palette and grey through their
 // colours, transparency (tRNS) as alpha, 16 bits cut to their high byte.
 void convertToRgba(png_structp png)
@@ -224,12 +184,7 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     std::string file;
     const int colorType = palette != nullptr ? PNG_COLOR_TYPE_PALETTE : PNG_COLOR_TYPE_RGBA;
     const std::size_t rowBytes = std::size_t(width) * (palette != nullptr ? 1 : PIXEL_SIZE);
-    ImageData data;
-    try {
-        data = imageData(pixels, rowBytes, height);
-    } catch (const std::bad_alloc&) {
-        throw unencodable(name, "out of memory");
-    }
+    const std::vector<png_bytep> rows = rowsOf(pixels, rowBytes, height);
     png_color colors[COLORS];
     png_byte alphas[COLORS];
     int transparent = 0;
@@ -242,6 +197,8 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     }
     const bool written = guarded(writing.png, [&] {
         png_set_write_fn(writing.png, &file, appendTo, flushNothing);
+        png_set_compression_level(writing.png, COMPRESSION_LEVEL);
+        png_set_filter(writing.png, PNG_FILTER_TYPE_BASE, PNG_FILTER_NONE);
         png_set_IHDR(writing.png, writing.info, width, height, INDEX_BITS, colorType, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
         if (palette != nullptr) {
@@ -250,11 +207,11 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
                 png_set_tRNS(writing.png, writing.info, alphas, transparent, nullptr);
         }
         png_write_info(writing.png, writing.info);
-        png_write_chunk(writing.png, IMAGE_DATA, data.bytes.get(), data.size);
-        png_write_chunk(writing.png, IMAGE_END, nullptr, 0);
+        png_write_image(writing.png, const_cast<png_bytepp>(rows.data()));
+        png_write_end(writing.png, nullptr);
     });
     if (!written)
-        throw unencodable(name, writing.failure.message);
+        throw std::runtime_error("could not encode '" + name + "' (" + writing.failure.message + ")");
     return file;
 }
 
