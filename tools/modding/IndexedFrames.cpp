@@ -290,12 +290,16 @@ Content* graphicOfIndices(const std::vector<Indices>& frames, unsigned short wid
 {
     std::vector<std::vector<unsigned char>> rgba = inFakeColours(frames);
     std::vector<unsigned char*> pointers = pointersTo(rgba);
-    Content::Write header;
-    std::vector<Content::Write> frameWrites(frames.size());
-    Content::Graphic::create(header, frameWrites, pointers.data(), const_cast<unsigned char*>(fakePalette()), width,
-                             height, static_cast<unsigned short>(frames.size()), clearOnce, clearMod, palette,
-                             palOffset, palSize, flags);
-    return Content::AbstractContent::genContent(header, Content::GRAPHIC);
+    // Written plain, a pixel costs a store where a labelled field costs a
+    // string: the frames go in fake colours, which also fill the palette
+    // block; a graphic that has one is made again from that one's indices
+    // with its own colours there.
+    std::unique_ptr<Content> inFake(Content::Graphic::create(
+        pointers.data(), const_cast<unsigned char*>(fakePalette()), width, height,
+        static_cast<unsigned short>(frames.size()), clearOnce, clearMod, palOffset, palSize, flags));
+    if ((flags & Content::Graphic::PALETTE) == 0)
+        return inFake.release();
+    return Content::Graphic::create(palette, clearOnce, clearMod, palOffset, palSize, flags, inFake.get());
 }
 
 Content* cursorOfIndices(const std::vector<Indices>& frames, unsigned char* palette)
