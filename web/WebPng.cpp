@@ -10,6 +10,7 @@
 
 #include <emscripten/val.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -83,7 +84,8 @@ std::string stored(const std::string& bytes)
     return stream;
 }
 
-std::string encoded(const unsigned char* pixels, unsigned int width, unsigned int height, const unsigned char* palette)
+std::string encoded(const unsigned char* pixels, unsigned int width, unsigned int height, const unsigned char* palette,
+                    unsigned int colours)
 {
     const std::size_t rowBytes = std::size_t(width) * (palette != nullptr ? 1 : PIXEL_SIZE);
     std::string header;
@@ -102,7 +104,7 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     putChunk(file, "IHDR", header);
     if (palette != nullptr) {
         std::string colours, alphas;
-        for (unsigned int i = 0; i < COLORS; ++i) {
+        for (unsigned int i = 0; i < colours; ++i) {
             colours.append(reinterpret_cast<const char*>(palette) + i * PIXEL_SIZE, 3);
             alphas += static_cast<char>(palette[i * PIXEL_SIZE + ALPHA]);
         }
@@ -146,14 +148,14 @@ Picture readPicture(const std::string& bytes, const std::string& name)
 }
 
 std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
-                       const unsigned char* palette, const std::string&)
+                       const unsigned char* palette, const std::string&, unsigned int colours)
 {
-    return encoded(indices, width, height, palette);
+    return encoded(indices, width, height, palette, std::min(colours, COLORS));
 }
 
 std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string&)
 {
-    return encoded(rgba, width, height, nullptr);
+    return encoded(rgba, width, height, nullptr, 0);
 }
 
 } // namespace lbxtool

@@ -255,3 +255,26 @@ TEST(PngWriting, AnImpossiblePictureIsRefusedWithItsName)
         EXPECT_EQ(std::string(error.what()).rfind("could not encode 'none.png' (", 0), 0u) << error.what();
     }
 }
+
+// A picture only to look at takes a palette of its own colours while they
+// are fewer than 256: it reads back as the same RGBA, never as indices.
+TEST(PngWriting, AViewInFewColoursIsIndexedAndReadsBackAsItsColours)
+{
+    const struct {
+        unsigned int colours;
+        bool indexed;
+    } cases[] = {{1, true}, {2, true}, {255, true}, {256, false}, {1000, false}};
+    for (const auto& c : cases) {
+        Pixels rgba;
+        for (unsigned int p = 0; p < 1200; ++p) {
+            const unsigned int colour = p * 7 % c.colours; // runs and jumps, every colour used
+            rgba.insert(rgba.end(), {static_cast<unsigned char>(colour), static_cast<unsigned char>(colour >> 8),
+                                     static_cast<unsigned char>(colour * 3), static_cast<unsigned char>(colour % 3 * 100)});
+        }
+        const std::string file = viewPng(rgba.data(), 40, 30, "v.png");
+        EXPECT_EQ(static_cast<unsigned char>(file[25]), c.indexed ? 3 : 6) << c.colours << " colours: colour type";
+        const Picture read = readPicture(file, "v.png");
+        EXPECT_FALSE(read.indexed) << c.colours;
+        EXPECT_TRUE(read.pixels == rgba) << c.colours;
+    }
+}

@@ -29,7 +29,7 @@ public:
     void graphic(Content::Graphic* graphic, unsigned char* palette, const EntryView& view)
     {
         if (!names.swatch.empty())
-            png(names.swatch, palette, SWATCH_SIDE, SWATCH_SIDE);
+            viewPicture(names.swatch, palette, SWATCH_SIDE, SWATCH_SIDE);
         if (names.frames.empty())
             return;
         const LentPalette lent(graphic, palette);
@@ -65,7 +65,7 @@ public:
         for (unsigned int f = 0; f < names.fontSheets.size(); ++f) {
             SheetFile& sheet = names.fontSheets[f];
             const Image glyphs = glyphSheet(font, f);
-            png(sheet.name, glyphs.rgba.data(), glyphs.width, glyphs.height);
+            viewPicture(sheet.name, glyphs.rgba.data(), glyphs.width, glyphs.height);
             sheet.width = glyphs.width;
             sheet.height = glyphs.height;
         }
@@ -74,9 +74,17 @@ public:
     void sound(Content* entry) { made(names.file, std::string(entry->data(), entry->size())); }
 
 private:
+    // A frame in RGBA, as the game shows it, which `lbx import` takes back
+    // by its colours whatever an editor makes of the file.
     void png(const std::string& name, const unsigned char* rgba, unsigned int width, unsigned int height)
     {
         made(name, rgbaPng(rgba, width, height, inFolder(folder, name)));
+    }
+
+    // A sheet or a swatch, only to look at.
+    void viewPicture(const std::string& name, const unsigned char* rgba, unsigned int width, unsigned int height)
+    {
+        made(name, viewPng(rgba, width, height, inFolder(folder, name)));
     }
 
     void made(const std::string& name, std::string bytes) { files.push_back({name, std::move(bytes)}); }
@@ -87,7 +95,7 @@ private:
             png(names.frames[f], decoded[f], width, height);
         if (!names.sheet.empty()) {
             const Image sheet = spriteSheet(decoded, width, height);
-            png(names.sheet, sheet.rgba.data(), sheet.width, sheet.height);
+            viewPicture(names.sheet, sheet.rgba.data(), sheet.width, sheet.height);
         }
     }
 

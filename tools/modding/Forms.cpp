@@ -236,7 +236,7 @@ EntryForm font(Font* font, const UnpackPlace& place)
         try {
             const Image sheet = glyphSheet(font, f);
             const std::string name = fontSheetFileName(place.stem, place.index, f);
-            form.views[name] = rgbaPng(sheet.rgba.data(), sheet.width, sheet.height, name);
+            form.views[name] = viewPng(sheet.rgba.data(), sheet.width, sheet.height, name);
         } catch (const std::runtime_error&) {
             // too tall to draw: the metrics stand without a picture
         }

@@ -4,6 +4,7 @@
 
 #include <png.h>
 
+#include <algorithm>
 #include <csetjmp>
 #include <cstdint>
 #include <cstdio>
@@ -178,7 +179,7 @@ void readPalette(png_structp png, png_infop info, Picture& picture)
 // The PNG file of `pixels`: indices into `palette` when there is one, each
 // entry's alpha its transparency, else RGBA.
 std::string encoded(const unsigned char* pixels, unsigned int width, unsigned int height, const unsigned char* palette,
-                    const std::string& name)
+                    unsigned int colours, const std::string& name)
 {
     Writing writing;
     std::string file;
@@ -188,7 +189,7 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     png_color colors[COLORS];
     png_byte alphas[COLORS];
     int transparent = 0;
-    for (unsigned int i = 0; palette != nullptr && i < COLORS; ++i) {
+    for (unsigned int i = 0; palette != nullptr && i < colours; ++i) {
         const unsigned char* entry = palette + i * PIXEL_SIZE;
         colors[i] = {entry[RED], entry[GREEN], entry[BLUE]};
         alphas[i] = entry[ALPHA];
@@ -202,7 +203,7 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
         png_set_IHDR(writing.png, writing.info, width, height, INDEX_BITS, colorType, PNG_INTERLACE_NONE,
                      PNG_COMPRESSION_TYPE_BASE, PNG_FILTER_TYPE_BASE);
         if (palette != nullptr) {
-            png_set_PLTE(writing.png, writing.info, colors, COLORS);
+            png_set_PLTE(writing.png, writing.info, colors, static_cast<int>(colours));
             if (transparent != 0)
                 png_set_tRNS(writing.png, writing.info, alphas, transparent, nullptr);
         }
@@ -262,14 +263,14 @@ Picture readPicture(const std::string& bytes, const std::string& name)
 }
 
 std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
-                       const unsigned char* palette, const std::string& name)
+                       const unsigned char* palette, const std::string& name, unsigned int colours)
 {
-    return encoded(indices, width, height, palette, name);
+    return encoded(indices, width, height, palette, std::min(colours, COLORS), name);
 }
 
 std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name)
 {
-    return encoded(rgba, width, height, nullptr, name);
+    return encoded(rgba, width, height, nullptr, 0, name);
 }
 
 } // namespace lbxtool

@@ -31,14 +31,20 @@ std::vector<unsigned char> rgbaOf(const Picture& picture);
 // picture becomes RGBA.
 void takePalette(Picture& picture, const std::vector<unsigned char>& entries);
 
-// The PNG file of an 8-bit indexed picture with `palette`'s 256 RGBA entries
-// as its palette, an entry's alpha becoming its transparency.
+// The PNG file of an 8-bit indexed picture with `palette`'s first `colours`
+// RGBA entries as its palette, an entry's alpha becoming its transparency.
 std::string indexedPng(const unsigned char* indices, unsigned int width, unsigned int height,
-                       const unsigned char* palette, const std::string& name);
+                       const unsigned char* palette, const std::string& name, unsigned int colours = 256);
 
 // The PNG file of an RGBA picture, always as RGBA: the tool writes indexed
 // PNGs only where the indices are an entry's own.
 std::string rgbaPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name);
+
+// The PNG file of a picture to look at, not to edit back: 8-bit indexed in
+// its own colours when it has fewer than 256 of them, which leaves a
+// quarter of the bytes to compress, else RGBA. A palette of fewer than 256
+// reads back as RGBA: no reader takes its indices for an entry's.
+std::string viewPng(const unsigned char* rgba, unsigned int width, unsigned int height, const std::string& name);
 
 } // namespace lbxtool
 
