@@ -19,6 +19,9 @@ TEST_F(ArchiveEntriesTest, ReadsEachEntryAsOpeningTheWholeArchiveDoes)
         File whole(path);
         const lbxtool::ArchiveEntries entries(path);
         ASSERT_EQ(entries.size(), whole.size()) << path;
+        EXPECT_EQ(entries.tagged(), whole.tagged()) << path;
+        const unsigned int past = static_cast<unsigned int>(entries.size());
+        EXPECT_EQ(thrownBy([&] { entries.read(past); }), thrownBy([&] { whole.at(past); })) << path;
         // From the last to the first: no read depends on the one before.
         for (unsigned int i = static_cast<unsigned int>(entries.size()); i-- > 0;) {
             Content* expected = whole.at(i);

@@ -77,7 +77,7 @@ struct UnpackedArchive {
     std::string folder;
     std::set<std::string> earlier; // files of an earlier unpack into the folder
     std::set<std::string> written;
-    std::unique_ptr<File> archive;
+    std::unique_ptr<ArchiveEntries> archive;
     std::unique_ptr<PaletteSource> palettes;
     std::vector<UnpackedEntry> entries;
     Json manifest;
@@ -109,12 +109,19 @@ public:
         opened->path = options.archives[a];
         opened->folder = folders[a];
         opened->earlier = earlierFiles(opened->folder);
-        opened->archive = openArchive(opened->path);
+        // Each entry is read where it is worked on: the archive is not held
+        // whole.
+        opened->archive = std::make_unique<ArchiveEntries>(opened->path);
         requireEntries(*opened->archive, entries);
         const std::string header = headerArea(opened->path);
-        opened->palettes = std::make_unique<PaletteSource>(*opened->archive, lookup, files, warnings);
+        const ArchiveEntries& archive = *opened->archive;
+        opened->palettes = std::make_unique<PaletteSource>(
+            ArchiveReader{opened->path, static_cast<unsigned int>(entries),
+                          [&archive](unsigned int index) { return archive.read(index); }},
+            lookup, files, warnings);
         opened->entries.resize(entries);
-        opened->manifest = archiveManifest(*opened->archive, opened->path, header, charset.get());
+        opened->manifest = archiveManifest(archive.tagged(), static_cast<unsigned int>(entries), opened->path, header,
+                                           charset.get());
         return opened;
     }
 
@@ -126,7 +133,8 @@ public:
 
     void work(UnpackedArchive& opened, std::size_t i) override
     {
-        opened.entries[i] = unpackEntry(*opened.archive, opened.path, static_cast<unsigned int>(i),
+        const std::unique_ptr<Content> entry = opened.archive->read(static_cast<unsigned int>(i));
+        opened.entries[i] = unpackEntry(*entry, opened.path, static_cast<unsigned int>(i),
                                         fs::path(opened.folder).filename().string(), *opened.palettes, charset.get());
     }
 

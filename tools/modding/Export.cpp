@@ -163,7 +163,8 @@ ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int i
         // entry's files are made, and the archive keeps only its bytes.
         Content copy(*archive.at(index));
         Content* entry = &copy;
-        PaletteArray palette = entry->type() == Content::GRAPHIC ? palettes.forGraphic(index) : nullptr;
+        PaletteArray palette =
+            entry->type() == Content::GRAPHIC ? palettes.forGraphic(index, entry->graphic(), true) : nullptr;
         EntryView view = viewOf(archive, path, index, palette.get());
         ExportedNames names = exportNames(entry, stem, index);
         EntryExporter exporter(names, folder, done.files);

@@ -103,7 +103,7 @@ EntryForm graphic(Content::Graphic* graphic, const UnpackPlace& place)
     const unsigned int palSize = graphic->hasPalette() ? graphic->paletteSize() : 0;
     if (palOffset + palSize > COLORS)
         throw std::runtime_error("its palette block runs past colour 255");
-    PaletteArray beneath = place.palettes.forGraphic(place.index, false);
+    PaletteArray beneath = place.palettes.forGraphic(place.index, graphic, false);
     PaletteArray shown = copyOfPalette(beneath.get());
     if (graphic->hasPalette())
         graphic->palette(shown.get());

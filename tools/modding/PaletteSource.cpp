@@ -39,13 +39,22 @@ PaletteSource::PaletteSource(File& archive, const PaletteLookup& lookup, Files& 
 
 PaletteSource::PaletteSource(File& archive, const std::string& path, const PaletteLookup& lookup, Files& files,
                              Warnings& warnings)
-    : archive(archive),
-      archivePath(path),
+    : PaletteSource(ArchiveReader{path, archive.size(),
+                                  [&archive](unsigned int index) {
+                                      // the library's message for an index out of range
+                                      return std::make_unique<Content>(*archive.at(index));
+                                  }},
+                    lookup, files, warnings)
+{
+}
+
+PaletteSource::PaletteSource(ArchiveReader reader, const PaletteLookup& lookup, Files& files, Warnings& warnings)
+    : archive(std::move(reader)),
       files(files),
       warnings(warnings),
-      folder(lookup.folder.empty() ? std::filesystem::path(path).parent_path().string() : lookup.folder),
+      folder(lookup.folder.empty() ? std::filesystem::path(archive.path).parent_path().string() : lookup.folder),
       naming(lookup.naming),
-      row(catalogueRow(path))
+      row(catalogueRow(archive.path))
 {
     if (!lookup.entry.empty())
         explicitPalette = read(lookup.entry, files);
@@ -66,7 +75,7 @@ std::vector<std::string> PaletteSource::sourcePaths()
     if (explicitPalette || row == File::LBX_UNKNOWN)
         return paths;
     std::set<File::LBX_FILE> rows;
-    for (unsigned int index = 0; index < archive.size(); ++index) {
+    for (unsigned int index = 0; index < archive.size; ++index) {
         File::LBX_FILE sourceRow;
         unsigned int sourceIndex;
         if (Magic::palInt(row, index, &sourceRow, &sourceIndex))
@@ -85,10 +94,15 @@ std::vector<std::string> PaletteSource::sourcePaths()
 
 PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
 {
+    const std::unique_ptr<Content> entry = archive.read(index);
+    return forGraphic(index, entry->graphic(), ownBlock);
+}
+
+PaletteArray PaletteSource::forGraphic(unsigned int index, Content::Graphic* graphic, bool ownBlock)
+{
     const std::lock_guard<std::mutex> inTurn(turn);
     PaletteArray palette(Palette::empty());
-    Content::Graphic* graphic = archive.at(index)->graphic();
-    const std::string name = entryName(archivePath, index);
+    const std::string name = entryName(archive.path, index);
     bool found = false, missing = false;
     if (explicitPalette) {
         std::copy(explicitPalette.get(), explicitPalette.get() + PALETTE_BYTES, palette.get());
@@ -117,7 +131,7 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
     }
     // A source that is not found was said for the whole archive already.
     if (!found && row == File::LBX_UNKNOWN)
-        warnings.warn("no palette source for the graphics of " + archivePath +
+        warnings.warn("no palette source for the graphics of " + archive.path +
                       ", which is not in the game's catalogue; they show in black with the colours they hold "
                       "themselves");
     else if (!found && !missing)
@@ -128,12 +142,14 @@ PaletteArray PaletteSource::forGraphic(unsigned int index, bool ownBlock)
 bool PaletteSource::paintFrom(File::LBX_FILE sourceRow, unsigned int sourceIndex, unsigned char* palette,
                               bool& missing)
 {
-    File* source = sourceArchive(sourceRow, missing);
-    if (source == nullptr)
+    const bool own = sourceRow == row;
+    File* source = own ? nullptr : sourceArchive(sourceRow, missing);
+    if (!own && source == nullptr)
         return false;
-    const std::string name = entryName(source->path(), sourceIndex);
+    const std::string name = entryName(own ? archive.path : source->path(), sourceIndex);
     try {
-        paintPalette(sourceEntry(*source, sourceIndex), name, palette);
+        // The library's message for an index out of range.
+        paintPalette(own ? ownEntry(sourceIndex) : source->at(sourceIndex), name, palette);
         return true;
     } catch (const std::exception& e) {
         const std::string what = e.what();
@@ -150,8 +166,8 @@ PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
     if (path.empty()) {
         source.missing = true;
         source.problem = "palette source " + name + ".LBX not found " +
-                         (folder == std::filesystem::path(archivePath).parent_path().string()
-                              ? "beside " + archivePath
+                         (folder == std::filesystem::path(archive.path).parent_path().string()
+                              ? "beside " + archive.path
                               : "in '" + folder + "'") +
                          "; graphics that need it show in black with the colours they hold themselves" +
                          (naming.empty() ? "" : " (" + naming + ")");
@@ -167,8 +183,6 @@ PaletteSource::Source PaletteSource::openSource(File::LBX_FILE sourceRow)
 
 File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow, bool& missing)
 {
-    if (sourceRow == row)
-        return &archive;
     const auto [known, added] = opened.try_emplace(sourceRow);
     if (added)
         known->second = openSource(sourceRow);
@@ -183,14 +197,11 @@ File* PaletteSource::sourceArchive(File::LBX_FILE sourceRow, bool& missing)
 // Other workers work on the entries of this archive at the same time, and
 // reading a palette may change an entry (a cursor builds its own on first
 // use): the source reads copies of its own.
-Content* PaletteSource::sourceEntry(File& source, unsigned int index)
+Content* PaletteSource::ownEntry(unsigned int index)
 {
-    Content* entry = source.at(index); // the library's message for an index out of range
-    if (&source != &archive)
-        return entry;
     std::unique_ptr<Content>& copy = copies[index];
     if (!copy)
-        copy = std::make_unique<Content>(*entry);
+        copy = archive.read(index);
     return copy.get();
 }
 

@@ -6,6 +6,7 @@
 #include "tools/modding/Shapes.h"
 #include "tools/modding/Warnings.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -22,6 +23,14 @@ struct PaletteLookup {
     std::string entry;  // ARCHIVE:INDEX, whose palette stands for every source; empty: the game's own
     std::string folder; // where the game's archives are; empty: beside the archive
     std::string naming; // how the user names that folder, told when a source is not found there
+};
+
+// An archive whose entries are read one at a time, each a copy of its own:
+// `size` entries, `read` callable from any thread.
+struct ArchiveReader {
+    std::string path;
+    unsigned int size = 0;
+    std::function<std::unique_ptr<Content>(unsigned int index)> read;
 };
 
 // Finds the colours of the graphics of one archive the way the game does:
@@ -42,6 +51,8 @@ public:
     // The same for an archive held in memory, which stands for the file at `path`.
     PaletteSource(File& archive, const std::string& path, const PaletteLookup& lookup, Files& files,
                   Warnings& warnings);
+    // The same for an archive whose entries are read as they are needed.
+    PaletteSource(ArchiveReader reader, const PaletteLookup& lookup, Files& files, Warnings& warnings);
 
     // Every archive beside this one that a palette of it may come from: a
     // front end that writes keeps its writes off them, whichever entries
@@ -53,6 +64,8 @@ public:
     // stands where none reaches. Without `ownBlock` the graphic's own block
     // is left out: what lies beneath it.
     PaletteArray forGraphic(unsigned int index, bool ownBlock = true);
+    // The same for a caller that holds the graphic, which is then not read again.
+    PaletteArray forGraphic(unsigned int index, Content::Graphic* graphic, bool ownBlock);
 
     // The palette of the entry named ARCHIVE:INDEX, over black; throws if
     // that entry holds no palette.
@@ -72,11 +85,10 @@ private:
     bool paintFrom(File::LBX_FILE row, unsigned int index, unsigned char* palette, bool& missing);
     Source openSource(File::LBX_FILE row);
     File* sourceArchive(File::LBX_FILE row, bool& missing);
-    Content* sourceEntry(File& source, unsigned int index);
+    Content* ownEntry(unsigned int index);
 
     std::mutex turn;
-    File& archive;
-    std::string archivePath;
+    ArchiveReader archive;
     Files& files;
     Warnings& warnings;
     std::string folder;

@@ -10,17 +10,13 @@
 
 namespace lbxtool {
 
-UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
+UnpackedEntry unpackEntry(Content& entry, const std::string& path, unsigned int index, const std::string& stem,
                           PaletteSource& palettes, const Charset* charset)
 {
-    // Decoded on a copy, as verify does: the frames go with it once the
-    // entry's files are made, and the archive keeps only its bytes.
-    Content copy(*archive.at(index));
-    Content* entry = &copy;
-    EntryForm form = editableForm(entry, {stem, index, palettes, charset});
+    EntryForm form = editableForm(&entry, {stem, index, palettes, charset});
     UnpackedEntry done;
-    form.manifest[key::SHAPE] = shapeOf(entry);
-    form.manifest[key::HASH] = hashOf(std::string(entry->data(), entry->size()));
+    form.manifest[key::SHAPE] = shapeOf(&entry);
+    form.manifest[key::HASH] = hashOf(std::string(entry.data(), entry.size()));
     form.manifest[key::INDEX] = index;
     for (auto* made : {&form.files, &form.views})
         for (auto& [name, bytes] : *made) {
@@ -28,18 +24,28 @@ UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int i
             done.files[name] = std::move(bytes);
         }
     if (form.manifest.contains(key::WHY))
-        done.kept = entryName(path, index) + " (" + entry->typeStr() + "): " + form.manifest[key::WHY].get<std::string>();
+        done.kept = entryName(path, index) + " (" + entry.typeStr() + "): " + form.manifest[key::WHY].get<std::string>();
     done.manifest = std::move(form.manifest);
     return done;
 }
 
-Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea, const Charset* charset)
+UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
+                          PaletteSource& palettes, const Charset* charset)
+{
+    // The archive keeps only its bytes: the frames go with the copy once
+    // the entry's files are made.
+    Content copy(*archive.at(index));
+    return unpackEntry(copy, path, index, stem, palettes, charset);
+}
+
+Json archiveManifest(bool tagged, unsigned int count, const std::string& path, const std::string& headerArea,
+                     const Charset* charset)
 {
     Json manifest;
     manifest[key::ARCHIVE] = std::filesystem::path(path).filename().string();
-    manifest[key::TAGGED] = archive.tagged();
-    manifest[key::HEADER] = hashOf(withoutOffsets(headerArea, archive.size()));
-    manifest[key::COUNT] = archive.size();
+    manifest[key::TAGGED] = tagged;
+    manifest[key::HEADER] = hashOf(withoutOffsets(headerArea, count));
+    manifest[key::COUNT] = count;
     if (charset != nullptr) {
         manifest[key::CHARSET] = charset->name();
         if (!charset->builtIn())
@@ -47,6 +53,11 @@ Json archiveManifest(File& archive, const std::string& path, const std::string& 
     }
     manifest[key::ENTRIES] = Json::array();
     return manifest;
+}
+
+Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea, const Charset* charset)
+{
+    return archiveManifest(archive.tagged(), archive.size(), path, headerArea, charset);
 }
 
 } // namespace lbxtool

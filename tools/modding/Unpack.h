@@ -23,14 +23,20 @@ struct UnpackedEntry {
     std::string kept; // why its bytes are kept as they are, if they are
 };
 
-// Entry `index` of the archive at `path`, its files named after `stem`, its
-// colours from `palettes`.
+// `entry`, entry `index` of the archive at `path`, its files named after
+// `stem`, its colours from `palettes`. The entry is decoded where it
+// stands: a copy of the caller's own, whose frames go with it.
+UnpackedEntry unpackEntry(Content& entry, const std::string& path, unsigned int index, const std::string& stem,
+                          PaletteSource& palettes, const Charset* charset = nullptr);
+// The same for entry `index` of `archive`, on a copy.
 UnpackedEntry unpackEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
                           PaletteSource& palettes, const Charset* charset = nullptr);
 
-// The manifest's own fields for the archive at `path`, whose header area
-// holds `headerArea`, and the charset of its text files when there is one;
-// its entries follow in order.
+// The manifest's own fields for the archive at `path` of `count` entries,
+// whose header area holds `headerArea`, and the charset of its text files
+// when there is one; its entries follow in order.
+Json archiveManifest(bool tagged, unsigned int count, const std::string& path, const std::string& headerArea,
+                     const Charset* charset = nullptr);
 Json archiveManifest(File& archive, const std::string& path, const std::string& headerArea,
                      const Charset* charset = nullptr);
 

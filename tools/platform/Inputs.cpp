@@ -92,7 +92,7 @@ ArchiveEntries::ArchiveEntries(const std::string& path) : path(path)
 {
     reading(path, [&] {
         std::string error;
-        if (!File::header(path, &error, &offsets, nullptr))
+        if (!File::header(path, &error, &offsets, &isTagged))
             throw std::runtime_error(error);
         descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC);
         if (descriptor < 0)
@@ -108,6 +108,8 @@ ArchiveEntries::~ArchiveEntries()
 
 std::unique_ptr<Content> ArchiveEntries::read(unsigned int index) const
 {
+    if (index >= size())
+        throw std::runtime_error("invalid index '" + std::to_string(index) + "' for " + path);
     const unsigned int begin = offsets[index];
     const unsigned int length = offsets[index + 1] - begin;
     std::unique_ptr<char[]> block(new char[length]);

@@ -37,13 +37,16 @@ public:
     ArchiveEntries& operator=(const ArchiveEntries&) = delete;
 
     std::size_t size() const { return offsets.size() - 1; }
+    bool tagged() const { return isTagged; }
     const std::string& where() const { return path; }
-    // Entry `index` (below size()), named as File names its entries.
+    // Entry `index`, named as File names its entries; an index past the last
+    // is refused with the library's message.
     std::unique_ptr<Content> read(unsigned int index) const;
 
 private:
     std::string path;
     std::vector<unsigned int> offsets;
+    bool isTagged = false;
     int descriptor = -1;
 };
 
