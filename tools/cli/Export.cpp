@@ -38,7 +38,7 @@ struct ExportedArchive {
 
     std::string path;
     std::string stem;
-    std::unique_ptr<File> archive;
+    std::unique_ptr<ArchiveEntries> archive;
     std::vector<unsigned int> indices;
     std::unique_ptr<PaletteSource> palettes;
     std::exception_ptr paletteFailure; // reported after the folder is made, as one thread does
@@ -69,14 +69,20 @@ public:
     std::unique_ptr<ExportedArchive> open(std::size_t a, std::size_t entries) override
     {
         auto opened = std::make_unique<ExportedArchive>(options.archives[a], stems[a]);
-        opened->archive = openArchive(opened->path);
-        opened->indices = selectIndices(*opened->archive, options.indices);
+        // Each entry is read where it is worked on, and once before to name
+        // its files: the archive is not held whole.
+        opened->archive = std::make_unique<ArchiveEntries>(opened->path);
+        const ArchiveEntries& archive = *opened->archive;
+        opened->indices = selectIndices(opened->path, archive.size(), options.indices);
         if (options.indices.empty())
-            requireEntries(*opened->archive, entries);
+            requireEntries(archive, entries);
         for (const unsigned int index : opened->indices)
-            opened->planned.push_back(exportNames(opened->archive->at(index), opened->stem, index));
+            opened->planned.push_back(exportNames(archive.read(index).get(), opened->stem, index));
         try {
-            opened->palettes = std::make_unique<PaletteSource>(*opened->archive, lookup, files, warnings);
+            opened->palettes = std::make_unique<PaletteSource>(
+                ArchiveReader{opened->path, static_cast<unsigned int>(archive.size()),
+                              [&archive](unsigned int index) { return archive.read(index); }},
+                lookup, files, warnings);
         } catch (...) {
             opened->paletteFailure = std::current_exception();
         }
@@ -100,9 +106,11 @@ public:
 
     void work(ExportedArchive& opened, std::size_t k) override
     {
-        if (opened.palettes)
-            opened.entries[k] = exportEntry(*opened.archive, opened.path, opened.indices[k], opened.stem,
-                                            options.folder, *opened.palettes, charset.get());
+        if (!opened.palettes)
+            return;
+        const std::unique_ptr<Content> entry = opened.archive->read(opened.indices[k]);
+        opened.entries[k] = exportEntry(*entry, opened.path, opened.indices[k], opened.stem, options.folder,
+                                        *opened.palettes, charset.get());
     }
 
     // A file that cannot be written ends the entry there, as a failure to

@@ -29,7 +29,7 @@ int extract(ExtractOptions& options)
     StemNames stems;
     return forEachPath(options.archives, [&](const std::string& path) {
         std::unique_ptr<File> archive = openArchive(path);
-        const std::vector<unsigned int> selected = selectIndices(*archive, options.indices);
+        const std::vector<unsigned int> selected = selectIndices(archive->path(), archive->size(), options.indices);
         makeFolder(options.folder);
         const std::string stem = stems.next(path);
         // Every file of the archive is checked before the first is written.

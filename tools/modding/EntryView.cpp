@@ -69,15 +69,19 @@ void text(Content::Text* table, EntryView& view)
 
 } // namespace
 
-EntryView headingOf(File& archive, const std::string& path, unsigned int index)
+EntryView headingOf(Content* entry, const std::string& path, unsigned int index)
 {
-    Content* entry = archive.at(index);
     EntryView view;
     view.index = index;
     view.name = entryName(path, index);
     view.kind = entry->typeStr();
     view.info = entry->info();
     return view;
+}
+
+EntryView headingOf(File& archive, const std::string& path, unsigned int index)
+{
+    return headingOf(archive.at(index), path, index);
 }
 
 EntryView headingOf(const EntryView& view)
@@ -90,10 +94,9 @@ EntryView headingOf(const EntryView& view)
     return heading;
 }
 
-EntryView viewOf(File& archive, const std::string& path, unsigned int index, const unsigned char* shown)
+EntryView viewOf(Content* entry, const std::string& path, unsigned int index, const unsigned char* shown)
 {
-    EntryView view = headingOf(archive, path, index);
-    Content* entry = archive.at(index);
+    EntryView view = headingOf(entry, path, index);
     switch (entry->type()) {
     case Content::GRAPHIC: graphic(entry->graphic(), shown, view); break;
     case Content::CURSOR: cursor(entry->cursor(), view); break;
@@ -103,6 +106,11 @@ EntryView viewOf(File& archive, const std::string& path, unsigned int index, con
     default: break;
     }
     return view;
+}
+
+EntryView viewOf(File& archive, const std::string& path, unsigned int index, const unsigned char* shown)
+{
+    return viewOf(archive.at(index), path, index, shown);
 }
 
 std::string shapeOf(Content* entry)

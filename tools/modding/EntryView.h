@@ -44,12 +44,14 @@ struct EntryView {
 
 // What a view says before anything of the entry is decoded: its index,
 // name, kind and description.
+EntryView headingOf(Content* entry, const std::string& path, unsigned int index);
 EntryView headingOf(File& archive, const std::string& path, unsigned int index);
 // The heading of `view` alone, for an entry that failed half-way.
 EntryView headingOf(const EntryView& view);
 
 // The whole view of entry `index` of the archive at `path`. A graphic's block
 // shows in `shown`, the palette it is drawn in (none: no swatch).
+EntryView viewOf(Content* entry, const std::string& path, unsigned int index, const unsigned char* shown);
 EntryView viewOf(File& archive, const std::string& path, unsigned int index, const unsigned char* shown);
 
 // What an entry is, with what the game relies on beside its kind: a

@@ -153,27 +153,23 @@ ExportedNames exportNames(Content* entry, const std::string& stem, unsigned int 
     return names;
 }
 
-ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
+ExportedEntry exportEntry(Content& entry, const std::string& path, unsigned int index, const std::string& stem,
                           const std::string& folder, PaletteSource& palettes, const Charset* charset)
 {
     ExportedEntry done;
-    done.view = headingOf(archive, path, index);
+    done.view = headingOf(&entry, path, index);
     try {
-        // Decoded on a copy, as verify does: the frames go with it once the
-        // entry's files are made, and the archive keeps only its bytes.
-        Content copy(*archive.at(index));
-        Content* entry = &copy;
         PaletteArray palette =
-            entry->type() == Content::GRAPHIC ? palettes.forGraphic(index, entry->graphic(), true) : nullptr;
-        EntryView view = viewOf(archive, path, index, palette.get());
-        ExportedNames names = exportNames(entry, stem, index);
+            entry.type() == Content::GRAPHIC ? palettes.forGraphic(index, entry.graphic(), true) : nullptr;
+        EntryView view = viewOf(&entry, path, index, palette.get());
+        ExportedNames names = exportNames(&entry, stem, index);
         EntryExporter exporter(names, folder, done.files);
-        switch (entry->type()) {
-        case Content::GRAPHIC: exporter.graphic(entry->graphic(), palette.get(), view); break;
-        case Content::CURSOR: exporter.cursor(entry->cursor()); break;
+        switch (entry.type()) {
+        case Content::GRAPHIC: exporter.graphic(entry.graphic(), palette.get(), view); break;
+        case Content::CURSOR: exporter.cursor(entry.cursor()); break;
         case Content::TEXT: exporter.text(view, charset); break;
-        case Content::FONT: exporter.font(entry->font(), view); break;
-        case Content::SOUND: exporter.sound(entry); break;
+        case Content::FONT: exporter.font(entry.font(), view); break;
+        case Content::SOUND: exporter.sound(&entry); break;
         default: break;
         }
         done.view = std::move(view);

@@ -52,10 +52,11 @@ struct ExportedEntry {
     std::string error;
 };
 
-// Entry `index` of the archive at `path`, its files named after `stem` for
-// `folder`, graphics in the colours of `palettes`, text tables in `charset`
-// (none: in the text escape).
-ExportedEntry exportEntry(File& archive, const std::string& path, unsigned int index, const std::string& stem,
+// `entry`, entry `index` of the archive at `path`, its files named after
+// `stem` for `folder`, graphics in the colours of `palettes`, text tables in
+// `charset` (none: in the text escape). The entry is decoded where it
+// stands: a copy of the caller's own, whose frames go with it.
+ExportedEntry exportEntry(Content& entry, const std::string& path, unsigned int index, const std::string& stem,
                           const std::string& folder, PaletteSource& palettes, const Charset* charset = nullptr);
 
 } // namespace lbxtool

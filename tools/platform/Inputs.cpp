@@ -181,18 +181,19 @@ void requireEntries(const ArchiveEntries& archive, std::size_t entries)
         throw changedWhileRead(archive.where());
 }
 
-std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted)
+std::vector<unsigned int> selectIndices(const std::string& path, std::size_t size,
+                                        const std::vector<unsigned int>& wanted)
 {
     if (wanted.empty()) {
-        std::vector<unsigned int> all(archive.size());
+        std::vector<unsigned int> all(size);
         for (unsigned int i = 0; i < all.size(); ++i)
             all[i] = i;
         return all;
     }
     std::vector<unsigned int> selected;
     for (unsigned int index : wanted) {
-        if (index >= archive.size())
-            throw noEntry(archive.path(), index, archive.size());
+        if (index >= size)
+            throw noEntry(path, index, size);
         if (std::find(selected.begin(), selected.end(), index) == selected.end())
             selected.push_back(index);
     }

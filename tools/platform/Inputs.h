@@ -71,7 +71,9 @@ void requireEntries(const ArchiveEntries& archive, std::size_t entries);
 
 // The indices a command works on: every entry when none are given, otherwise
 // those given, each checked against the archive and taken once.
-std::vector<unsigned int> selectIndices(File& archive, const std::vector<unsigned int>& wanted);
+// `path` names the archive of `size` entries in messages.
+std::vector<unsigned int> selectIndices(const std::string& path, std::size_t size,
+                                        const std::vector<unsigned int>& wanted);
 
 // The system's reason why `path` cannot be opened for reading, such as
 // "No such file or directory"; empty when it can be.
