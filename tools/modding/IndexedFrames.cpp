@@ -86,6 +86,14 @@ std::vector<unsigned char*> pointersTo(std::vector<std::vector<unsigned char>>& 
     return pointers;
 }
 
+std::vector<const unsigned char*> pointersTo(const std::vector<std::vector<unsigned char>>& frames)
+{
+    std::vector<const unsigned char*> pointers;
+    for (const std::vector<unsigned char>& frame : frames)
+        pointers.push_back(frame.data());
+    return pointers;
+}
+
 std::vector<std::vector<unsigned char>> inFakeColours(const std::vector<Indices>& frames)
 {
     std::vector<std::vector<unsigned char>> rgba;
@@ -93,7 +101,6 @@ std::vector<std::vector<unsigned char>> inFakeColours(const std::vector<Indices>
         rgba.push_back(fakeColours(frame));
     return rgba;
 }
-
 
 constexpr unsigned char TRANSPARENT = 0;
 
@@ -147,20 +154,14 @@ std::vector<std::vector<unsigned char>> colouredFrames(const std::vector<Indices
 std::string rgbaSheet(const std::vector<std::vector<unsigned char>>& pictures, unsigned int width,
                       unsigned int height, const std::string& name)
 {
-    std::vector<const unsigned char*> all;
-    for (const auto& picture : pictures)
-        all.push_back(picture.data());
-    const Image sheet = spriteSheet(all, width, height);
+    const Image sheet = spriteSheet(pointersTo(pictures), width, height);
     return rgbaPng(sheet.rgba.data(), sheet.width, sheet.height, name);
 }
 
 std::string indexedSheet(const std::vector<std::vector<unsigned char>>& frames, unsigned int width,
                          unsigned int height, const unsigned char* shown, int gap, const std::string& name)
 {
-    std::vector<const unsigned char*> all;
-    for (const auto& frame : frames)
-        all.push_back(frame.data());
-    const IndexSheet sheet = indexSheet(all, width, height, static_cast<unsigned char>(std::max(gap, 0)));
+    const IndexSheet sheet = indexSheet(pointersTo(frames), width, height, static_cast<unsigned char>(std::max(gap, 0)));
     return indexedPng(sheet.indices.data(), sheet.width, sheet.height, withClear(shown, gap).get(), name);
 }
 
