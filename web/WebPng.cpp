@@ -103,12 +103,12 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     std::string file(SIGNATURE, SIGNATURE_SIZE);
     putChunk(file, "IHDR", header);
     if (palette != nullptr) {
-        std::string colours, alphas;
+        std::string entries, alphas;
         for (unsigned int i = 0; i < colours; ++i) {
-            colours.append(reinterpret_cast<const char*>(palette) + i * PIXEL_SIZE, 3);
+            entries.append(reinterpret_cast<const char*>(palette) + i * PIXEL_SIZE, 3);
             alphas += static_cast<char>(palette[i * PIXEL_SIZE + ALPHA]);
         }
-        putChunk(file, "PLTE", colours);
+        putChunk(file, "PLTE", entries);
         while (!alphas.empty() && static_cast<unsigned char>(alphas.back()) == OPAQUE)
             alphas.pop_back();
         if (!alphas.empty())
