@@ -269,7 +269,8 @@ TEST(PngWriting, AViewInFewColoursIsIndexedAndReadsBackAsItsColours)
         for (unsigned int p = 0; p < 1200; ++p) {
             const unsigned int colour = p * 7 % c.colours; // runs and jumps, every colour used
             rgba.insert(rgba.end(), {static_cast<unsigned char>(colour), static_cast<unsigned char>(colour >> 8),
-                                     static_cast<unsigned char>(colour * 3), static_cast<unsigned char>(colour % 3 * 100)});
+                                     static_cast<unsigned char>(colour * 3),
+                                     static_cast<unsigned char>(colour % 3 * 100)});
         }
         const std::string file = viewPng(rgba.data(), 40, 30, "v.png");
         EXPECT_EQ(static_cast<unsigned char>(file[25]), c.indexed ? 3 : 6) << c.colours << " colours: colour type";

@@ -79,10 +79,7 @@ public:
         for (const unsigned int index : opened->indices)
             opened->planned.push_back(exportNames(archive.read(index).get(), opened->stem, index));
         try {
-            opened->palettes = std::make_unique<PaletteSource>(
-                ArchiveReader{opened->path, static_cast<unsigned int>(archive.size()),
-                              [&archive](unsigned int index) { return archive.read(index); }},
-                lookup, files, warnings);
+            opened->palettes = std::make_unique<PaletteSource>(archive.reader(), lookup, files, warnings);
         } catch (...) {
             opened->paletteFailure = std::current_exception();
         }

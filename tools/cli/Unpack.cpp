@@ -115,10 +115,7 @@ public:
         requireEntries(*opened->archive, entries);
         const std::string header = headerArea(opened->path);
         const ArchiveEntries& archive = *opened->archive;
-        opened->palettes = std::make_unique<PaletteSource>(
-            ArchiveReader{opened->path, static_cast<unsigned int>(entries),
-                          [&archive](unsigned int index) { return archive.read(index); }},
-            lookup, files, warnings);
+        opened->palettes = std::make_unique<PaletteSource>(archive.reader(), lookup, files, warnings);
         opened->entries.resize(entries);
         opened->manifest = archiveManifest(archive.tagged(), static_cast<unsigned int>(entries), opened->path, header,
                                            charset.get());

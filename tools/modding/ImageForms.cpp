@@ -187,8 +187,8 @@ std::unique_ptr<Content> cursorFrom(const Json& manifest, const PackPlace& place
     std::vector<unsigned char> palette = paletteFrom(manifest, place, COLORS);
     unsigned int width = 0, height = 0;
     // Its transparent index stays unpainted, opaque in the file or not.
-    std::vector<Indices> frames = framesFrom(manifest, place, {palette.data(), CURSOR_CLEAR + 1, place.rules.nearest, CURSOR_CLEAR},
-                                             false, width, height);
+    std::vector<Indices> frames = framesFrom(
+        manifest, place, {palette.data(), CURSOR_CLEAR + 1, place.rules.nearest, CURSOR_CLEAR}, false, width, height);
     if (frames.size() != CURSOR_FRAMES)
         throw place.manifest.problem("a cursor has 20 frames, 'frames' names " + std::to_string(frames.size()));
     if (width != CURSOR_SIDE || height != CURSOR_SIDE)

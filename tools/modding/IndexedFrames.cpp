@@ -161,7 +161,8 @@ std::string rgbaSheet(const std::vector<std::vector<unsigned char>>& pictures, u
 std::string indexedSheet(const std::vector<std::vector<unsigned char>>& frames, unsigned int width,
                          unsigned int height, const unsigned char* shown, int gap, const std::string& name)
 {
-    const IndexSheet sheet = indexSheet(pointersTo(frames), width, height, static_cast<unsigned char>(std::max(gap, 0)));
+    const unsigned char corner = static_cast<unsigned char>(std::max(gap, 0)); // any, with no corner to fill
+    const IndexSheet sheet = indexSheet(pointersTo(frames), width, height, corner);
     return indexedPng(sheet.indices.data(), sheet.width, sheet.height, withClear(shown, gap).get(), name);
 }
 

@@ -128,6 +128,11 @@ std::unique_ptr<Content> ArchiveEntries::read(unsigned int index) const
     return entry;
 }
 
+ArchiveReader ArchiveEntries::reader() const
+{
+    return {path, static_cast<unsigned int>(size()), [this](unsigned int index) { return read(index); }};
+}
+
 std::unique_ptr<Content> readEntry(const std::string& path, unsigned int index)
 {
     return reading(path, [&] { return entryOfArchive(path, index); });

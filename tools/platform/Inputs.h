@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_PLATFORM_INPUTS_H
 
 #include "archive/File.h"
+#include "tools/modding/PaletteSource.h"
 
 #include <functional>
 #include <limits>
@@ -42,6 +43,8 @@ public:
     // Entry `index`, named as File names its entries; an index past the last
     // is refused with the library's message.
     std::unique_ptr<Content> read(unsigned int index) const;
+    // The same reads, for a palette source of this archive.
+    ArchiveReader reader() const;
 
 private:
     std::string path;
