@@ -65,6 +65,8 @@ constexpr unsigned short END_OF_FRAME = 1000;
 constexpr unsigned short EMPTY_FRAME_MARK = 636;
 constexpr unsigned int EMPTY_MARK_MAX_HEIGHT = 2;
 constexpr unsigned int COMPRESSED_ALIGN = 8;
+// A row's skip, its end, one run's count and offset, and that run's fill.
+constexpr unsigned int ROW_FIELDS_SIZE = 4 * WORD_SIZE + 1;
 constexpr unsigned int RAW_ALIGN = 4;
 constexpr std::uint64_t RAW_MAX_FILL = 3;
 
@@ -217,6 +219,15 @@ bool rawFrameFits(char* data, unsigned int begin, unsigned int end, std::uint64_
     return true;
 }
 
+// Whether a pixel's colour differs from the one under it at DAC precision.
+// One test for all three components and no branch: the encoder asks it of
+// whole rows at once.
+bool differsAtDac(const unsigned char* now, const unsigned char* before)
+{
+    const unsigned int differing = (now[RED] ^ before[RED]) | (now[GREEN] ^ before[GREEN]) | (now[BLUE] ^ before[BLUE]);
+    return differing >> DAC_SHIFT != 0;
+}
+
 // Whether a pixel is left out of its frame: a transparent one always; over a
 // predecessor (null for a frame that starts empty) also one that shows the
 // same colour at DAC precision, whatever the predecessor's alpha.
@@ -224,11 +235,7 @@ bool leftOut(const unsigned char* now, const unsigned char* before)
 {
     if (now[ALPHA] == 0)
         return true;
-    if (!before)
-        return false;
-    // One test for all three components: the encoders ask this once a pixel.
-    const unsigned int differing = (now[RED] ^ before[RED]) | (now[GREEN] ^ before[GREEN]) | (now[BLUE] ^ before[BLUE]);
-    return differing >> DAC_SHIFT == 0;
+    return before && !differsAtDac(now, before);
 }
 
 // Where the encoder's fields go. Labelled, each is a field of the frame's
@@ -241,7 +248,8 @@ public:
     {
     }
 
-    explicit FieldSink(std::vector<char>& bytes) : bytes(&bytes)
+    // The frame starts at the end of `bytes`, which may hold frames before it.
+    explicit FieldSink(std::vector<char>& bytes) : bytes(&bytes), start(bytes.size())
     {
     }
 
@@ -283,12 +291,13 @@ public:
 
     unsigned int size()
     {
-        return fields ? fields->size() : static_cast<unsigned int>(bytes->size());
+        return fields ? fields->size() : static_cast<unsigned int>(bytes->size() - start);
     }
 
 private:
     Write* fields = nullptr;
     std::vector<char>* bytes = nullptr;
+    std::size_t start = 0;
     std::vector<unsigned char> indices;
 };
 
@@ -299,7 +308,7 @@ public:
     FrameEncoder(unsigned char** frames, unsigned char* palette, unsigned int width, unsigned int height,
                  unsigned int frameCount, unsigned char clearOnce, unsigned char clearMod, unsigned short flags)
         : frames(frames), colors(palette, 0, COLORS), width(width), height(height), frameCount(frameCount),
-          clearOnce(clearOnce), clearMod(clearMod), flags(flags)
+          clearOnce(clearOnce), clearMod(clearMod), flags(flags), shown(width)
     {
     }
 
@@ -317,13 +326,6 @@ private:
     unsigned char* pixel(unsigned int frame, unsigned int index)
     {
         return frames[frame] + std::size_t{index} * PIXEL_SIZE;
-    }
-
-    // Graphic::isTransparent, with the frame's clear rule settled once.
-    bool transparent(unsigned int frame, unsigned int index)
-    {
-        const std::size_t at = std::size_t{index} * PIXEL_SIZE;
-        return leftOut(frames[frame] + at, predecessor ? predecessor + at : nullptr);
     }
 
     // The palette indices of `count` pixels from pixel `first` on, as fields.
@@ -373,34 +375,58 @@ private:
             out.add1("fill", 0, false);
     }
 
+    // The first row from `from` on with a pixel that shows, or the height;
+    // `shown` is left marked for that row.
     unsigned int nextPaintedRow(unsigned int frame, unsigned int from)
     {
-        const unsigned int pixels = width * height;
-        for (unsigned int i = from * width; i < pixels; ++i)
-            if (!transparent(frame, i))
-                return i / width;
+        for (unsigned int y = from; y < height; ++y)
+            if (markShown(frame, y))
+                return y;
         return height;
     }
 
-    // A run is cut by a transparent pixel and by the right edge, nowhere
-    // else; repeated colours are not folded.
+    // Marks in `shown` which pixels of row `y` show (1) and which are left
+    // out (0), in one pass without branches that the compiler widens, and
+    // tells whether any shows.
+    bool markShown(unsigned int frame, unsigned int y)
+    {
+        // Locals, so that the stores through `marks` need no reloads; and a
+        // full-width counter, which the compiler may step four pixels at once.
+        const std::size_t pixels = width;
+        const std::size_t rowStart = y * pixels * PIXEL_SIZE;
+        const unsigned char* now = frames[frame] + rowStart;
+        unsigned char* marks = shown.data();
+        if (!predecessor) {
+            for (std::size_t x = 0; x < pixels; ++x)
+                marks[x] = now[x * PIXEL_SIZE + ALPHA] != 0;
+        } else {
+            const unsigned char* before = predecessor + rowStart;
+            for (std::size_t x = 0; x < pixels; ++x)
+                marks[x] = (now[x * PIXEL_SIZE + ALPHA] != 0) &
+                           differsAtDac(now + x * PIXEL_SIZE, before + x * PIXEL_SIZE);
+        }
+        return std::memchr(marks, 1, pixels) != nullptr;
+    }
+
+    // The runs of row `y`, as `shown` marks it. A run is cut by a pixel left
+    // out and by the right edge, nowhere else; repeated colours are not
+    // folded.
     void runs(FieldSink& out, unsigned int frame, unsigned int y)
     {
-        const unsigned int rowStart = y * width;
+        const unsigned char* marks = shown.data();
         unsigned int x = 0;
-        for (;;) {
+        while (x < width) {
             const unsigned int gapStart = x;
-            while (x < width && transparent(frame, rowStart + x))
-                ++x;
-            if (x == width)
+            const void* shows = std::memchr(marks + x, 1, width - x);
+            if (!shows)
                 return;
-            const unsigned int runStart = x;
-            while (x < width && !transparent(frame, rowStart + x))
-                ++x;
+            const unsigned int runStart = static_cast<unsigned int>(static_cast<const unsigned char*>(shows) - marks);
+            const void* leftOut = std::memchr(marks + runStart, 0, width - runStart);
+            x = leftOut ? static_cast<unsigned int>(static_cast<const unsigned char*>(leftOut) - marks) : width;
             const unsigned int length = x - runStart;
             out.add2("color count", static_cast<unsigned short>(length));
             out.add2("xoff", static_cast<unsigned short>(runStart - gapStart));
-            addColors(out, "color", frame, rowStart + runStart, length);
+            addColors(out, "color", frame, y * width + runStart, length);
             // Words stay on even distances.
             if (length % 2 != 0)
                 out.add1("colorFill", 0);
@@ -418,6 +444,8 @@ private:
     unsigned char clearOnce;
     unsigned char clearMod;
     unsigned short flags;
+    // Which pixels of the row being encoded show.
+    std::vector<unsigned char> shown;
 };
 
 void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned short palOffset,
@@ -434,73 +462,113 @@ void writePaletteBlock(Write& header, unsigned char* internalPalette, unsigned s
             header.add1("palColor", i < COLORS ? dac[i * DAC_COLOR_SIZE + k] : 0);
 }
 
-// A frame encoded as labelled fields, for verifying, or as plain bytes.
-unsigned int sizeOf(Write& frame)
+// Everything of an entry but its frames, as its header and palette block
+// give it.
+struct Settings {
+    unsigned short width;
+    unsigned short height;
+    unsigned short frameCount;
+    unsigned char clearOnce;
+    unsigned char clearMod;
+    unsigned short flags;
+    // The palette whose colours the palette block stores, when it has one.
+    unsigned char* internalPalette;
+    unsigned short palOffset;
+    unsigned short palSize;
+};
+
+FrameEncoder encoderOf(unsigned char** frames, unsigned char* palette, const Settings& entry)
 {
-    return frame.size();
+    return FrameEncoder(frames, palette, entry.width, entry.height, entry.frameCount, entry.clearOnce,
+                        entry.clearMod, entry.flags);
 }
 
-unsigned int sizeOf(const std::vector<char>& frame)
+// Room for a frame that paints every pixel in one run a row, so that growing
+// never copies what is encoded; what a sparse frame leaves unused is never
+// touched.
+std::uint64_t likelyFrameSize(const Settings& entry)
 {
-    return static_cast<unsigned int>(frame.size());
+    return pixelsOf(entry.width, entry.height) + std::uint64_t{entry.height} * ROW_FIELDS_SIZE + COMPRESSED_ALIGN;
 }
 
-void append(Write& header, Write& frame)
+// The header, the table from the frames' sizes, and the palette block.
+void appendHead(Write& header, const Settings& entry, const std::vector<unsigned int>& frameSizes)
 {
-    header.add(frame);
-}
-
-void append(Write& header, std::vector<char>& frame)
-{
-    header.add(frame.data(), sizeOf(frame));
-}
-
-// The whole entry: the header into `header`, each frame into its own store
-// first, since the table needs their sizes.
-template <typename FrameStore>
-void appendGraphic(Write& header, std::vector<FrameStore>& frameStores, unsigned char** frames,
-                   unsigned char* palette, unsigned short width, unsigned short height, unsigned short frameCount,
-                   unsigned char clearOnce, unsigned char clearMod, unsigned char* internalPalette,
-                   unsigned short palOffset, unsigned short palSize, unsigned short flags)
-{
-    FrameEncoder encoder(frames, palette, width, height, frameCount, clearOnce, clearMod, flags);
-    for (unsigned int f = 0; f < frameCount; ++f) {
-        FieldSink out(frameStores[f]);
-        encoder.encode(out, f);
-    }
-
-    const bool withPalette = (flags & Graphic::PALETTE) != 0;
-    header.add2("width", width);
-    header.add2("height", height);
+    const bool withPalette = (entry.flags & Graphic::PALETTE) != 0;
+    header.add2("width", entry.width);
+    header.add2("height", entry.height);
     header.add2("0", 0);
-    header.add2("frames", frameCount);
-    header.add1("clearOnce", clearOnce);
-    header.add1("clearMod", clearMod);
-    header.add2("flags", flags);
-    unsigned int offset = tableEnd(frameCount) + (withPalette ? PAL_HEAD_SIZE + palSize * DAC_COLOR_SIZE : 0);
+    header.add2("frames", entry.frameCount);
+    header.add1("clearOnce", entry.clearOnce);
+    header.add1("clearMod", entry.clearMod);
+    header.add2("flags", entry.flags);
+    unsigned int offset =
+        tableEnd(entry.frameCount) + (withPalette ? PAL_HEAD_SIZE + entry.palSize * DAC_COLOR_SIZE : 0);
     header.add4("offset0", offset);
-    for (unsigned int f = 0; f < frameCount; ++f) {
-        offset += sizeOf(frameStores[f]);
+    for (unsigned int size : frameSizes) {
+        offset += size;
         header.add4("offset", offset);
     }
     if (withPalette)
-        writePaletteBlock(header, internalPalette, palOffset, palSize);
-    for (unsigned int f = 0; f < frameCount; ++f)
-        append(header, frameStores[f]);
+        writePaletteBlock(header, entry.internalPalette, entry.palOffset, entry.palSize);
 }
 
-// The plain encoder's rebuild (`encode` into a fresh builder) when it is the
-// entry byte for byte; null for any other, a failure included.
-template <typename Encode>
-Content* encodedAsIs(Content* content, Encode encode)
+// The whole entry as labelled fields, for verifying: each frame into its own
+// builder first, since the table needs their sizes.
+void appendGraphic(Write& header, std::vector<Write>& frameWrites, unsigned char** frames, unsigned char* palette,
+                   const Settings& entry)
 {
-    Write header;
+    FrameEncoder encoder = encoderOf(frames, palette, entry);
+    std::vector<unsigned int> frameSizes;
+    for (unsigned int f = 0; f < entry.frameCount; ++f) {
+        FieldSink out(frameWrites[f]);
+        encoder.encode(out, f);
+        frameSizes.push_back(frameWrites[f].size());
+    }
+    appendHead(header, entry, frameSizes);
+    for (unsigned int f = 0; f < entry.frameCount; ++f)
+        header.add(frameWrites[f]);
+}
+
+// The whole entry as plain bytes, where nothing is verified: the frames one
+// behind the other into one block, then head and frames into the entry's, so
+// that each frame's bytes are copied once.
+Content* plainGraphic(unsigned char** frames, unsigned char* palette, const Settings& entry)
+{
+    FrameEncoder encoder = encoderOf(frames, palette, entry);
+    std::vector<char> body;
+    body.reserve(static_cast<std::size_t>(likelyFrameSize(entry) * entry.frameCount));
+    std::vector<unsigned int> frameSizes;
+    for (unsigned int f = 0; f < entry.frameCount; ++f) {
+        FieldSink out(body);
+        encoder.encode(out, f);
+        frameSizes.push_back(out.size());
+    }
+    Write head;
+    appendHead(head, entry, frameSizes);
+    const unsigned int headSize = head.size();
+    const std::size_t size = headSize + body.size();
+    std::unique_ptr<char[]> block(new char[size]);
+    const std::unique_ptr<char[]> headBytes(head.gen());
+    std::copy(headBytes.get(), headBytes.get() + headSize, block.get());
+    std::copy(body.begin(), body.end(), block.get() + headSize);
+    return Content::AbstractContent::genContent(block.release(), static_cast<unsigned int>(size), Content::GRAPHIC);
+}
+
+// The plain encoder's entry when it is `content` byte for byte; null for any
+// other, a failure included.
+std::unique_ptr<Content> plainCopyOf(Content* content, unsigned char** frames, unsigned char* palette,
+                                     const Settings& entry)
+{
+    std::unique_ptr<Content> made;
     try {
-        encode(header);
+        made.reset(plainGraphic(frames, palette, entry));
     } catch (const std::exception&) {
         return nullptr;
     }
-    return Content::AbstractContent::rebuiltAsIs(content, header, Content::GRAPHIC);
+    if (made->size() != content->size() || !std::equal(made->data(), made->data() + made->size(), content->data()))
+        return nullptr;
+    return made;
 }
 
 std::string debugFrameName(unsigned int index)
@@ -892,8 +960,8 @@ void Content::Graphic::create(Write& header, std::vector<Write>& frameWrites, un
                               unsigned char* internalPalette, unsigned short palOffset, unsigned short palSize,
                               unsigned short flags)
 {
-    appendGraphic(header, frameWrites, frames, palette, width, height, frameCount, clearOnce, clearMod,
-                  internalPalette, palOffset, palSize, flags);
+    appendGraphic(header, frameWrites, frames, palette,
+                  {width, height, frameCount, clearOnce, clearMod, flags, internalPalette, palOffset, palSize});
 }
 
 Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette, unsigned short width,
@@ -901,12 +969,8 @@ Content* Content::Graphic::create(unsigned char** frames, unsigned char* palette
                                   unsigned char clearMod, unsigned short palOffset, unsigned short palSize,
                                   unsigned short flags)
 {
-    // Nothing is verified here: the frames' fields go in as plain bytes.
-    Write header;
-    std::vector<std::vector<char>> frameBytes(frameCount);
-    appendGraphic(header, frameBytes, frames, palette, width, height, frameCount, clearOnce, clearMod, palette,
-                  palOffset, palSize, flags);
-    return genContent(header, GRAPHIC);
+    return plainGraphic(frames, palette,
+                        {width, height, frameCount, clearOnce, clearMod, flags, palette, palOffset, palSize});
 }
 
 Content* Content::Graphic::create(unsigned char* palette, unsigned char clearOnce, unsigned char clearMod,
@@ -915,11 +979,9 @@ Content* Content::Graphic::create(unsigned char* palette, unsigned char clearOnc
 {
     Graphic* source = content->graphic();
     unsigned char** frames = source->decodeIndices();
-    Write header;
-    std::vector<std::vector<char>> frameBytes(source->frameCount);
-    appendGraphic(header, frameBytes, frames, source->currentPalette, source->imageWidth, source->imageHeight,
-                  source->frameCount, clearOnce, clearMod, palette, palOffset, palSize, flags);
-    return genContent(header, GRAPHIC);
+    return plainGraphic(frames, source->currentPalette,
+                        {source->imageWidth, source->imageHeight, source->frameCount, clearOnce, clearMod, flags,
+                         palette, palOffset, palSize});
 }
 
 Content* Content::Graphic::create(unsigned char* palette, unsigned short palOffset, unsigned short palSize,
@@ -945,24 +1007,18 @@ Content* Content::Graphic::createDebug(Content* content, std::ostream& report)
 {
     Graphic* source = content->graphic();
     unsigned char** frames = source->decodeIndices();
-    unsigned char* internalPalette = nullptr;
-    unsigned short palOffset = 0;
-    unsigned short palSize = 0;
+    Settings entry{source->imageWidth,     source->imageHeight, source->frameCount, source->clearOnceValue,
+                   source->clearModValue, source->flagWord,    nullptr,            0,
+                   0};
     if (source->hasPalette()) {
-        internalPalette = source->palette();
-        palOffset = source->paletteOffset();
-        palSize = source->paletteSize();
+        entry.internalPalette = source->palette();
+        entry.palOffset = source->paletteOffset();
+        entry.palSize = source->paletteSize();
     }
-    const auto encode = [&](Write& header, auto& frameStores) {
-        appendGraphic(header, frameStores, frames, source->currentPalette, source->imageWidth, source->imageHeight,
-                      source->frameCount, source->clearOnceValue, source->clearModValue, internalPalette, palOffset,
-                      palSize, source->flagWord);
-    };
-    if (Content* same = encodedAsIs(content, [&](Write& header) {
-            std::vector<std::vector<char>> frameBytes(source->frameCount);
-            encode(header, frameBytes);
-        }))
-        return same;
+    // Most entries come out the same: plain bytes, held against the entry
+    // whole, tell that at a fraction of the cost of comparing field by field.
+    if (std::unique_ptr<Content> same = plainCopyOf(content, frames, source->currentPalette, entry))
+        return same.release();
 
     Write header;
     header.setDebug("graphic", content->data(), content->size(), report);
@@ -974,7 +1030,7 @@ Content* Content::Graphic::createDebug(Content* content, std::ostream& report)
         frame.setDebug(debugFrameName(i), content->data() + begin, source->frameTable[i + 1] - begin, report);
         frameWrites.push_back(frame);
     }
-    encode(header, frameWrites);
+    appendGraphic(header, frameWrites, frames, source->currentPalette, entry);
     return genContent(header, GRAPHIC);
 }
 

@@ -3,6 +3,7 @@
 #include "images/PixelLayout.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -24,6 +25,101 @@ constexpr unsigned int OFF_GRID = static_cast<unsigned char>(~DAC_BITS_MASK);
 unsigned char reduced(unsigned char component)
 {
     return static_cast<unsigned char>(component & DAC_BITS_MASK);
+}
+
+// The fake palette counts each entry's index in base 63 in its DAC colour:
+// red is 1, green the high digit + 1, blue the low digit + 1. No colour is
+// black, and no two are alike.
+constexpr unsigned char FAKE_RED = 1;
+constexpr unsigned int FAKE_BASE = MAX_DAC;
+
+unsigned char fakeGreen(unsigned int index)
+{
+    return static_cast<unsigned char>(1 + index / FAKE_BASE);
+}
+
+unsigned char fakeBlue(unsigned int index)
+{
+    return static_cast<unsigned char>(1 + index % FAKE_BASE);
+}
+
+// A pixel as one word, red in its low byte. Where the machine is
+// little-endian that is the pixel's four bytes as they stand, which the
+// compiler loads four pixels at once; elsewhere they are put together.
+bool littleEndian()
+{
+    static const bool little = [] {
+        const std::uint32_t one = 1;
+        unsigned char first;
+        std::memcpy(&first, &one, 1);
+        return first == 1;
+    }();
+    return little;
+}
+
+template <bool LITTLE_ENDIAN_WORDS>
+std::uint32_t wordAt(const unsigned char* pixel)
+{
+    static_assert(RED == 0 && GREEN == 1 && BLUE == 2, "a word holds red, green, blue from its low byte up");
+    std::uint32_t word;
+    if (LITTLE_ENDIAN_WORDS)
+        std::memcpy(&word, pixel, sizeof word);
+    else
+        word = std::uint32_t{pixel[RED]} | std::uint32_t{pixel[GREEN]} << 8 | std::uint32_t{pixel[BLUE]} << 16;
+    return word;
+}
+
+// A component of a word at DAC precision.
+std::uint32_t dacOf(std::uint32_t word, unsigned int component)
+{
+    return word >> (8 * component + DAC_SHIFT) & MAX_DAC;
+}
+
+// The colour at DAC precision, all three components in 18 bits. The middle
+// six bits, which pick a slot's cache set, hold green mixed with red and
+// blue: a palette's colours often share a green (or any one component), and
+// would otherwise crowd into a few sets and evict one another on every pixel.
+// Red and blue stay whole, so that the mix is undone by them.
+constexpr unsigned int DAC_BITS = 6;
+constexpr std::uint32_t KEYS = 1u << (3 * DAC_BITS);
+constexpr std::uint32_t NO_KEY = KEYS;
+
+std::uint32_t keyOf(std::uint32_t word)
+{
+    const std::uint32_t red = dacOf(word, RED);
+    const std::uint32_t blue = dacOf(word, BLUE);
+    return red << (2 * DAC_BITS) | (dacOf(word, GREEN) ^ red ^ blue) << DAC_BITS | blue;
+}
+
+// A table slot holds its colour's index; a free one holds 255, an index that
+// is kept apart for that reason.
+constexpr unsigned int LAST = 255;
+constexpr unsigned char FREE = LAST;
+
+template <bool LITTLE_ENDIAN_WORDS>
+void computeKeys(const unsigned char* pixels, std::size_t count, std::uint32_t* keys)
+{
+    for (std::size_t i = 0; i < count; ++i)
+        keys[i] = keyOf(wordAt<LITTLE_ENDIAN_WORDS>(pixels + i * PIXEL_SIZE));
+}
+
+// The fake palette's index of a colour when it lies in [begin, end), else a
+// value that does not: green and blue read as the two digits, red must be 1
+// and blue a digit + 1. Without branches, for four pixels at once.
+template <bool LITTLE_ENDIAN_WORDS>
+void fakeIndices(const unsigned char* pixels, std::size_t count, unsigned int begin, unsigned int end,
+                 unsigned char* indices, std::uint32_t& misses)
+{
+    std::uint32_t missed = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint32_t word = wordAt<LITTLE_ENDIAN_WORDS>(pixels + i * PIXEL_SIZE);
+        const std::uint32_t blue = dacOf(word, BLUE);
+        const std::uint32_t index = (dacOf(word, GREEN) - 1) * FAKE_BASE + (blue - 1);
+        const bool fake = (dacOf(word, RED) == FAKE_RED) & (blue != 0) & (index - begin < end - begin);
+        indices[i] = static_cast<unsigned char>(index);
+        missed |= !fake;
+    }
+    misses = missed;
 }
 
 std::runtime_error colorNotFound(const unsigned char* color)
@@ -131,53 +227,69 @@ unsigned char* Content::Palette::empty()
 
 unsigned char* Content::Palette::fake()
 {
-    // 256 colours that differ at DAC precision and are never black: DAC red
-    // is 1, blue runs through 1..63, then green steps up by 1.
     auto* palette = new unsigned char[ARRAY_SIZE];
     for (unsigned int i = 0; i < COLORS; ++i)
-        paintDacColor(palette + i * PIXEL_SIZE, 1, static_cast<unsigned char>(1 + i / MAX_DAC),
-                      static_cast<unsigned char>(1 + i % MAX_DAC));
+        paintDacColor(palette + i * PIXEL_SIZE, FAKE_RED, fakeGreen(i), fakeBlue(i));
     return palette;
-}
-
-bool Content::Palette::Index::onGrid(const unsigned char* entry)
-{
-    return ((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) == 0;
 }
 
 Content::Palette::Index::Index(unsigned char* palette, unsigned int begin, unsigned int end)
     : palette(palette), begin(begin), end(std::min(end, COLORS)), lastKey(NO_KEY)
 {
-    // The index hashes colours inline, in the installed header, with its own
-    // names for the layout; they must say the same.
-    static_assert(Index::RED == layout::RED && Index::GREEN == layout::GREEN && Index::BLUE == layout::BLUE &&
-                      Index::DAC_SHIFT == layout::DAC_SHIFT,
-                  "the colour index reads pixels in the shared layout");
 }
 
 void Content::Palette::Index::build()
 {
-    table.reset(new unsigned char[KEYS]());
+    built = true;
+    fakeColors = begin < end;
+    for (unsigned int i = begin; i < end && fakeColors; ++i) {
+        const unsigned char* entry = palette + i * PIXEL_SIZE;
+        fakeColors = entry[RED] == fromDac(FAKE_RED) && entry[GREEN] == fromDac(fakeGreen(i)) &&
+                     entry[BLUE] == fromDac(fakeBlue(i));
+    }
+    if (fakeColors)
+        return;
+
+    table.reset(new unsigned char[KEYS]);
+    std::memset(table.get(), FREE, KEYS);
     // Downwards, so that a repeated colour keeps its lowest index.
     for (unsigned int i = end; i-- > begin;) {
         const unsigned char* entry = palette + i * PIXEL_SIZE;
-        if (!onGrid(entry))
+        if (((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) != 0)
             continue;
+        const std::uint32_t key = keyOf(wordAt<false>(entry));
         if (i == LAST)
-            lastKey = key(entry);
+            lastKey = key;
         else
-            table[key(entry)] = static_cast<unsigned char>(i + 1);
+            table[key] = static_cast<unsigned char>(i);
     }
+}
+
+unsigned char Content::Palette::Index::find(unsigned char* color)
+{
+    unsigned char index;
+    findAll(color, 1, &index);
+    return index;
 }
 
 void Content::Palette::Index::findAll(unsigned char* pixels, std::size_t count, unsigned char* indices)
 {
-    if (!table)
+    if (!built)
         build();
-    // Keys first, a block at a time, then the lookups: apart, the compiler
-    // computes several keys at once, and the loads of the table follow one
-    // another without waiting (a sixth faster than one loop).
-    constexpr std::size_t BLOCK = 256;
+    if (fakeColors)
+        findFake(pixels, count, indices);
+    else
+        findInTable(pixels, count, indices);
+}
+
+// A block at a time: keys first, then the lookups, then the few colours the
+// table has no slot for. Apart, the keys are computed four at once, the loads
+// of the table follow one another without waiting or branching, and the
+// search for free slots is a scan of bytes.
+constexpr std::size_t BLOCK = 256;
+
+void Content::Palette::Index::findInTable(unsigned char* pixels, std::size_t count, unsigned char* indices)
+{
     std::uint32_t keys[BLOCK];
     // In a local: a store through `indices` could otherwise alias the member
     // and force a reload every pixel.
@@ -185,19 +297,43 @@ void Content::Palette::Index::findAll(unsigned char* pixels, std::size_t count, 
     for (std::size_t first = 0; first < count; first += BLOCK) {
         const std::size_t length = std::min(BLOCK, count - first);
         unsigned char* block = pixels + first * PIXEL_SIZE;
+        unsigned char* found = indices + first;
+        if (littleEndian())
+            computeKeys<true>(block, length, keys);
+        else
+            computeKeys<false>(block, length, keys);
         for (std::size_t i = 0; i < length; ++i)
-            keys[i] = key(block + i * PIXEL_SIZE);
+            found[i] = lookup[keys[i]];
         for (std::size_t i = 0; i < length; ++i) {
-            const unsigned char stored = lookup[keys[i]];
-            indices[first + i] =
-                stored != NONE ? static_cast<unsigned char>(stored - 1) : unstored(block + i * PIXEL_SIZE, keys[i]);
+            const void* free = std::memchr(found + i, FREE, length - i);
+            if (!free)
+                break;
+            i = static_cast<std::size_t>(static_cast<const unsigned char*>(free) - found);
+            found[i] = unstored(block + i * PIXEL_SIZE, keys[i]);
         }
     }
 }
 
-unsigned char Content::Palette::Index::unstored(unsigned char* color, std::uint32_t wanted)
+void Content::Palette::Index::findFake(unsigned char* pixels, std::size_t count, unsigned char* indices)
 {
-    if (wanted == lastKey)
+    for (std::size_t first = 0; first < count; first += BLOCK) {
+        const std::size_t length = std::min(BLOCK, count - first);
+        unsigned char* block = pixels + first * PIXEL_SIZE;
+        std::uint32_t misses = 0;
+        if (littleEndian())
+            fakeIndices<true>(block, length, begin, end, indices + first, misses);
+        else
+            fakeIndices<false>(block, length, begin, end, indices + first, misses);
+        // A colour that is no entry of the range: the search throws its text.
+        if (misses)
+            for (std::size_t i = 0; i < length; ++i)
+                findColor(palette, block + i * PIXEL_SIZE, begin, end);
+    }
+}
+
+unsigned char Content::Palette::Index::unstored(unsigned char* color, std::uint32_t key)
+{
+    if (key == lastKey)
         return LAST;
     // Not in the range: the search finds nothing either and throws its text.
     return findColor(palette, color, begin, end);

@@ -34,15 +34,23 @@ Pixels awkwardPalette()
     return palette;
 }
 
-// Every entry, each with its low bits set, and a coarse sweep of all colours.
+// Every entry, each with its low bits set and one step off in each
+// component, and a coarse sweep of all colours.
 std::vector<Pixels> probes(const Pixels& palette)
 {
     std::vector<Pixels> colors;
-    for (unsigned int i = 0; i < 256; ++i)
+    for (unsigned int i = 0; i < 256; ++i) {
         for (unsigned char low : {0, 1, 3})
             colors.push_back({static_cast<unsigned char>(palette[4 * i] | low),
                               static_cast<unsigned char>(palette[4 * i + 1] | low),
                               static_cast<unsigned char>(palette[4 * i + 2] | low), 0});
+        for (unsigned int component = 0; component < 3; ++component)
+            for (int step : {-4, 4}) {
+                Pixels color(palette.begin() + 4 * i, palette.begin() + 4 * i + 4);
+                color[component] = static_cast<unsigned char>(color[component] + step);
+                colors.push_back(color);
+            }
+    }
     for (unsigned int r = 0; r < 256; r += 20)
         for (unsigned int g = 0; g < 256; g += 20)
             for (unsigned int b = 0; b < 256; b += 4)
@@ -91,17 +99,20 @@ TEST(PaletteIndex, AnswersAsThePaletteSearchInEveryRange)
 
 TEST(PaletteIndex, FindingAllStopsAtTheFirstColourNotInTheRange)
 {
-    // No entry of the fake palette has more red than 4.
-    Pixels palette = awkwardPalette();
-    const Pixels present(palette.begin() + 4 * 30, palette.begin() + 4 * 31);
-    const Pixels missing = {200, 0, 0, 255};
-    Pixels pixels = present;
-    pixels.insert(pixels.end(), missing.begin(), missing.end());
-    pixels.insert(pixels.end(), present.begin(), present.end());
-    std::vector<unsigned char> indices(3, 99);
-    PaletteIndex index(palette.data(), 0, 256);
-    EXPECT_EQ(fixtures::thrownBy([&] { index.findAll(pixels.data(), 3, indices.data()); }), notFound(missing));
-    EXPECT_EQ(indices, (std::vector<unsigned char>{7, 99, 99}));
+    // No entry of either palette has more red than 4; the fake one is read
+    // without a table.
+    for (Pixels palette : {fromArray(Content::Palette::fake()), awkwardPalette()}) {
+        const Pixels present(palette.begin() + 4 * 30, palette.begin() + 4 * 31);
+        const Pixels missing = {200, 0, 0, 255};
+        const Pixels missingToo = {100, 0, 0, 255};
+        Pixels pixels;
+        pixels.reserve(4 * 4);
+        for (const Pixels* colour : {&present, &missing, &missingToo, &present})
+            pixels.insert(pixels.end(), colour->begin(), colour->end());
+        std::vector<unsigned char> indices(4);
+        PaletteIndex index(palette.data(), 0, 256);
+        EXPECT_EQ(fixtures::thrownBy([&] { index.findAll(pixels.data(), 4, indices.data()); }), notFound(missing));
+    }
 }
 
 } // namespace
