@@ -66,14 +66,17 @@ Content* Content::AbstractContent::genContent(char* bytes, unsigned int size, TY
     return content.release();
 }
 
-Content* Content::AbstractContent::rebuiltAsIs(Content* content, Write& built, TYPE type)
+Content* Content::AbstractContent::rebuiltAsIs(Content* content, const std::function<Content*()>& create)
 {
-    if (built.size() != content->size())
+    std::unique_ptr<Content> made;
+    try {
+        made.reset(create());
+    } catch (const std::exception&) {
         return nullptr;
-    std::unique_ptr<char[]> bytes(built.gen());
-    if (!std::equal(bytes.get(), bytes.get() + content->size(), content->data()))
+    }
+    if (made->size() != content->size() || !std::equal(made->data(), made->data() + made->size(), content->data()))
         return nullptr;
-    return genContent(bytes.release(), content->size(), type);
+    return made.release();
 }
 
 void Content::AbstractContent::refuseDebugCreation(Content* content)

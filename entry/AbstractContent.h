@@ -3,6 +3,7 @@
 
 #include "entry/Content.h"
 
+#include <functional>
 #include <string>
 
 namespace zorv2 {
@@ -34,10 +35,10 @@ public:
     // Content takes over.
     static Content* genContent(char* bytes, unsigned int size, TYPE type);
     // Verifying field by field costs a labelled field a byte, which an entry
-    // that the plain encoder rebuilds byte for byte does not need: the bytes
-    // of `built` as a new entry of `type` when they are those of `content`,
-    // else null, and the verifying path then reports as it goes.
-    static Content* rebuiltAsIs(Content* content, Write& built, TYPE type);
+    // that the plain create rebuilds byte for byte does not need: what
+    // `create` makes when its bytes are those of `content`, else null (a
+    // failure included), and the verifying path then reports as it goes.
+    static Content* rebuiltAsIs(Content* content, const std::function<Content*()>& create);
 
     bool valid;
     std::string name;

@@ -555,22 +555,6 @@ Content* plainGraphic(unsigned char** frames, unsigned char* palette, const Sett
     return Content::AbstractContent::genContent(block.release(), static_cast<unsigned int>(size), Content::GRAPHIC);
 }
 
-// The plain encoder's entry when it is `content` byte for byte; null for any
-// other, a failure included.
-std::unique_ptr<Content> plainCopyOf(Content* content, unsigned char** frames, unsigned char* palette,
-                                     const Settings& entry)
-{
-    std::unique_ptr<Content> made;
-    try {
-        made.reset(plainGraphic(frames, palette, entry));
-    } catch (const std::exception&) {
-        return nullptr;
-    }
-    if (made->size() != content->size() || !std::equal(made->data(), made->data() + made->size(), content->data()))
-        return nullptr;
-    return made;
-}
-
 std::string debugFrameName(unsigned int index)
 {
     std::ostringstream name;
@@ -1015,10 +999,8 @@ Content* Content::Graphic::createDebug(Content* content, std::ostream& report)
         entry.palOffset = source->paletteOffset();
         entry.palSize = source->paletteSize();
     }
-    // Most entries come out the same: plain bytes, held against the entry
-    // whole, tell that at a fraction of the cost of comparing field by field.
-    if (std::unique_ptr<Content> same = plainCopyOf(content, frames, source->currentPalette, entry))
-        return same.release();
+    if (Content* same = rebuiltAsIs(content, [&] { return plainGraphic(frames, source->currentPalette, entry); }))
+        return same;
 
     Write header;
     header.setDebug("graphic", content->data(), content->size(), report);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <cstring>
 #include <iostream>
+#include <memory>
 
 namespace zorv2 {
 namespace Lbx {
@@ -34,6 +35,13 @@ std::size_t chosenRecordLength(std::size_t longest)
     if (longest < LONG_RECORD)
         return LONG_RECORD;
     return longest;
+}
+
+// A little-endian 16-bit field, cut to its width.
+void putWord(char* at, std::size_t value)
+{
+    at[0] = static_cast<char>(value & 0xFF);
+    at[1] = static_cast<char>(value >> 8 & 0xFF);
 }
 
 std::size_t longestLength(const std::vector<std::string>& strings)
@@ -110,26 +118,23 @@ unsigned int Content::Text::startOf(unsigned int index)
 
 Content* Content::Text::create(std::vector<std::string>& strings)
 {
-    Write write;
-    addRecords(write, strings);
-    return genContent(write, TEXT);
-}
-
-void Content::Text::addRecords(Write& write, const std::vector<std::string>& strings)
-{
-    // Nothing is verified here, so each record goes in whole instead of byte
-    // by byte under labels that no one reads; the bytes are those of the
-    // labelled form below, which verifying holds against every table.
-    // All records are laid out first and handed over in one piece, so that
-    // the builder takes them in a single block of their size.
-    const std::size_t textsize = addHeader(write, strings);
-    std::vector<char> records(strings.size() * textsize, '\0');
-    char* record = records.data();
+    // Nothing is verified here, so the entry is laid out in one block of its
+    // size instead of byte by byte under labels that no one reads; the bytes
+    // are those of the labelled form below, which verifying holds against
+    // every table.
+    const std::size_t textsize = chosenRecordLength(longestLength(strings));
+    const std::size_t size = RECORDS_OFFSET + strings.size() * textsize;
+    std::unique_ptr<char[]> block(new char[size]());
+    // The header's fields cut more than 16 bits as the labelled form does; the
+    // bytes then no longer fit the header, and genContent refuses them.
+    putWord(block.get() + NR_OFFSET, strings.size());
+    putWord(block.get() + TEXTSIZE_OFFSET, textsize);
+    char* record = block.get() + RECORDS_OFFSET;
     for (const std::string& text : strings) {
         std::copy_n(text.data(), std::min(text.size(), textsize), record);
         record += textsize;
     }
-    write.add(records.data(), static_cast<unsigned int>(records.size()));
+    return genContent(block.release(), static_cast<unsigned int>(size), TEXT);
 }
 
 void Content::Text::create(Write& write, std::vector<std::string>& strings)
@@ -171,9 +176,7 @@ Content* Content::Text::createDebug(Content* content, std::ostream& report)
     for (unsigned int index = 0; index < table->size(); ++index)
         strings.push_back(table->get(index));
 
-    Write plain;
-    addRecords(plain, strings);
-    if (Content* same = rebuiltAsIs(content, plain, TEXT))
+    if (Content* same = rebuiltAsIs(content, [&strings] { return create(strings); }))
         return same;
     Write write;
     write.setDebug("text", content->data(), content->size(), report);

@@ -32,8 +32,6 @@ public:
 private:
     // Appends "nr" and "textsize"; returns the record length it chose.
     static std::size_t addHeader(Write& write, const std::vector<std::string>& strings);
-    // The header and every record, unlabelled.
-    static void addRecords(Write& write, const std::vector<std::string>& strings);
     void keepStrings(unsigned int nr, unsigned int textsize);
     // Where string `index` begins in `characters`: where the one before ends.
     unsigned int startOf(unsigned int index);

@@ -26,21 +26,28 @@ const unsigned char* fakePalette()
     return fake.get();
 }
 
-// One index for all the frames of an entry: building one clears a table
-// for every colour the DAC knows, which cost more than looking up a small
-// frame's pixels.
+// One index for all the frames of an entry.
 Palette::Index fakeIndex()
 {
     return Palette::Index(const_cast<unsigned char*>(fakePalette()), 0, COLORS);
 }
 
+// A run of painted pixels at a time, which the index reads several at once.
 Indices indicesOf(const unsigned char* rgba, std::size_t pixels, Palette::Index& fake)
 {
     Indices indices(pixels, CLEAR);
-    for (std::size_t p = 0; p < pixels; ++p) {
-        unsigned char* pixel = const_cast<unsigned char*>(rgba + p * PIXEL_SIZE);
-        if (pixel[layout::ALPHA] != 0)
-            indices[p] = fake.find(pixel);
+    std::vector<unsigned char> found(pixels);
+    const auto painted = [&](std::size_t p) { return rgba[p * PIXEL_SIZE + layout::ALPHA] != 0; };
+    for (std::size_t p = 0; p < pixels;) {
+        while (p < pixels && !painted(p))
+            ++p;
+        const std::size_t runStart = p;
+        while (p < pixels && painted(p))
+            ++p;
+        if (p == runStart)
+            continue;
+        fake.findAll(const_cast<unsigned char*>(rgba + runStart * PIXEL_SIZE), p - runStart, &found[runStart]);
+        std::copy(found.begin() + runStart, found.begin() + p, indices.begin() + runStart);
     }
     return indices;
 }
