@@ -55,16 +55,30 @@ Indices indicesOf(const unsigned char* rgba, std::size_t pixels, Palette::Index&
 // Each pixel's four bytes from a table of whole colours, CLEAR's four zeros
 // among them: copied a colour channel at a time, the frames of a large
 // animation took a quarter of unpack's time.
+class ColourTable {
+public:
+    explicit ColourTable(const unsigned char* palette)
+    {
+        for (unsigned int i = 0; i < CLEAR; ++i) {
+            std::copy(palette + i * PIXEL_SIZE, palette + i * PIXEL_SIZE + layout::ALPHA, table + i * PIXEL_SIZE);
+            table[i * PIXEL_SIZE + layout::ALPHA] = layout::OPAQUE;
+        }
+    }
+
+    void paint(const Indices& indices, unsigned char* rgba) const
+    {
+        for (std::size_t p = 0; p < indices.size(); ++p)
+            std::memcpy(rgba + p * PIXEL_SIZE, table + std::min(indices[p], CLEAR) * PIXEL_SIZE, PIXEL_SIZE);
+    }
+
+private:
+    unsigned char table[(CLEAR + 1) * PIXEL_SIZE] = {};
+};
+
 std::vector<unsigned char> coloured(const Indices& indices, const unsigned char* palette)
 {
-    unsigned char table[(CLEAR + 1) * PIXEL_SIZE] = {};
-    for (unsigned int i = 0; i < CLEAR; ++i) {
-        std::copy(palette + i * PIXEL_SIZE, palette + i * PIXEL_SIZE + layout::ALPHA, table + i * PIXEL_SIZE);
-        table[i * PIXEL_SIZE + layout::ALPHA] = layout::OPAQUE;
-    }
     std::vector<unsigned char> rgba(indices.size() * PIXEL_SIZE);
-    for (std::size_t p = 0; p < indices.size(); ++p)
-        std::memcpy(&rgba[p * PIXEL_SIZE], table + std::min(indices[p], CLEAR) * PIXEL_SIZE, PIXEL_SIZE);
+    ColourTable(palette).paint(indices, rgba.data());
     return rgba;
 }
 
@@ -85,14 +99,6 @@ unsigned short nearestIndex(const unsigned char* colour, const Lookup& lookup)
     return best;
 }
 
-std::vector<unsigned char*> pointersTo(std::vector<std::vector<unsigned char>>& frames)
-{
-    std::vector<unsigned char*> pointers;
-    for (std::vector<unsigned char>& frame : frames)
-        pointers.push_back(frame.data());
-    return pointers;
-}
-
 std::vector<const unsigned char*> pointersTo(const std::vector<std::vector<unsigned char>>& frames)
 {
     std::vector<const unsigned char*> pointers;
@@ -101,12 +107,27 @@ std::vector<const unsigned char*> pointersTo(const std::vector<std::vector<unsig
     return pointers;
 }
 
-std::vector<std::vector<unsigned char>> inFakeColours(const std::vector<Indices>& frames)
+// Frames in fake colours for the library's encoder, in one block whose bytes
+// are painted once: zeroing them first cost a tenth of pack.
+struct FakeFrames {
+    std::unique_ptr<unsigned char[]> block;
+    std::vector<unsigned char*> pointers;
+};
+
+FakeFrames inFakeColours(const std::vector<Indices>& frames)
 {
-    std::vector<std::vector<unsigned char>> rgba;
+    std::size_t pixels = 0;
     for (const Indices& frame : frames)
-        rgba.push_back(fakeColours(frame));
-    return rgba;
+        pixels += frame.size();
+    FakeFrames fake{std::unique_ptr<unsigned char[]>(new unsigned char[pixels * PIXEL_SIZE]), {}};
+    const ColourTable colours(fakePalette());
+    unsigned char* next = fake.block.get();
+    for (const Indices& frame : frames) {
+        colours.paint(frame, next);
+        fake.pointers.push_back(next);
+        next += frame.size() * PIXEL_SIZE;
+    }
+    return fake;
 }
 
 constexpr unsigned char TRANSPARENT = 0;
@@ -203,11 +224,6 @@ std::vector<Indices> storedIndices(Content::Cursor* cursor)
     return frames;
 }
 
-std::vector<unsigned char> fakeColours(const Indices& indices)
-{
-    return coloured(indices, fakePalette());
-}
-
 PictureIndices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name,
                                 unsigned int frame)
 {
@@ -297,14 +313,13 @@ Content* graphicOfIndices(const std::vector<Indices>& frames, unsigned short wid
                           unsigned char clearOnce, unsigned char clearMod, unsigned char* palette,
                           unsigned short palOffset, unsigned short palSize, unsigned short flags)
 {
-    std::vector<std::vector<unsigned char>> rgba = inFakeColours(frames);
-    std::vector<unsigned char*> pointers = pointersTo(rgba);
+    FakeFrames fake = inFakeColours(frames);
     // Written plain, a pixel costs a store where a labelled field costs a
     // string: the frames go in fake colours, which also fill the palette
     // block; a graphic that has one is made again from that one's indices
     // with its own colours there.
     std::unique_ptr<Content> inFake(Content::Graphic::create(
-        pointers.data(), const_cast<unsigned char*>(fakePalette()), width, height,
+        fake.pointers.data(), const_cast<unsigned char*>(fakePalette()), width, height,
         static_cast<unsigned short>(frames.size()), clearOnce, clearMod, palOffset, palSize, flags));
     if ((flags & Content::Graphic::PALETTE) == 0)
         return inFake.release();
@@ -313,10 +328,9 @@ Content* graphicOfIndices(const std::vector<Indices>& frames, unsigned short wid
 
 Content* cursorOfIndices(const std::vector<Indices>& frames, unsigned char* palette)
 {
-    std::vector<std::vector<unsigned char>> rgba = inFakeColours(frames);
-    std::vector<unsigned char*> pointers = pointersTo(rgba);
+    FakeFrames fake = inFakeColours(frames);
     Content::Write write;
-    Content::Cursor::create(write, palette, pointers.data(), const_cast<unsigned char*>(fakePalette()));
+    Content::Cursor::create(write, palette, fake.pointers.data(), const_cast<unsigned char*>(fakePalette()));
     return Content::AbstractContent::genContent(write, Content::CURSOR);
 }
 

@@ -30,10 +30,6 @@ Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels);
 std::vector<Indices> storedIndices(Content::Graphic* graphic);
 std::vector<Indices> storedIndices(Content::Cursor* cursor);
 
-// The frame in fake colours, CLEAR as a transparent pixel: what the
-// encoders take to store exactly these indices.
-std::vector<unsigned char> fakeColours(const Indices& indices);
-
 // How an edited picture is turned back into indices.
 struct Lookup {
     const unsigned char* palette; // the colours it is shown in, for RGBA pictures
