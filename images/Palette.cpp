@@ -265,11 +265,21 @@ void Content::Palette::Index::build()
     }
 }
 
+// One pixel without the blocks of findAll: the cursor encoder asks once a
+// pixel.
 unsigned char Content::Palette::Index::find(unsigned char* color)
 {
-    unsigned char index;
-    findAll(color, 1, &index);
-    return index;
+    if (!built)
+        build();
+    if (fakeColors) {
+        unsigned char index;
+        std::uint32_t misses;
+        fakeIndices<false>(color, 1, begin, end, &index, misses);
+        return misses ? findColor(palette, color, begin, end) : index;
+    }
+    const std::uint32_t key = keyOf(wordAt<false>(color));
+    const unsigned char stored = table[key];
+    return stored != FREE ? stored : unstored(color, key);
 }
 
 void Content::Palette::Index::findAll(unsigned char* pixels, std::size_t count, unsigned char* indices)
