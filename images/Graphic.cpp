@@ -991,9 +991,8 @@ Content* Content::Graphic::createDebug(Content* content, std::ostream& report)
 {
     Graphic* source = content->graphic();
     unsigned char** frames = source->decodeIndices();
-    Settings entry{source->imageWidth,     source->imageHeight, source->frameCount, source->clearOnceValue,
-                   source->clearModValue, source->flagWord,    nullptr,            0,
-                   0};
+    Settings entry{source->imageWidth, source->imageHeight, source->frameCount, source->clearOnceValue,
+                   source->clearModValue, source->flagWord, nullptr, 0, 0};
     if (source->hasPalette()) {
         entry.internalPalette = source->palette();
         entry.palOffset = source->paletteOffset();

@@ -255,6 +255,7 @@ void Content::Palette::Index::build()
     // Downwards, so that a repeated colour keeps its lowest index.
     for (unsigned int i = end; i-- > begin;) {
         const unsigned char* entry = palette + i * PIXEL_SIZE;
+        // Off the 4-step grid, an entry matches no colour.
         if (((entry[RED] | entry[GREEN] | entry[BLUE]) & OFF_GRID) != 0)
             continue;
         const std::uint32_t key = keyOf(wordAt<false>(entry));
@@ -337,7 +338,7 @@ void Content::Palette::Index::findFake(unsigned char* pixels, std::size_t count,
         // A colour that is no entry of the range: the search throws its text.
         if (misses)
             for (std::size_t i = 0; i < length; ++i)
-                findColor(palette, block + i * PIXEL_SIZE, begin, end);
+                indices[first + i] = findColor(palette, block + i * PIXEL_SIZE, begin, end);
     }
 }
 
