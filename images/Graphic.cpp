@@ -393,6 +393,9 @@ private:
         // Locals, so that the stores through `marks` need no reloads; and a
         // full-width counter, which the compiler may step four pixels at once.
         const std::size_t pixels = width;
+        // A row of no pixels shows none, and has no marks to scan.
+        if (pixels == 0)
+            return false;
         const std::size_t rowStart = y * pixels * PIXEL_SIZE;
         const unsigned char* now = frames[frame] + rowStart;
         unsigned char* marks = shown.data();
