@@ -14,7 +14,7 @@ constexpr int HEX_DIGITS = 16;
 
 } // namespace
 
-std::string hashOf(const std::string& bytes)
+std::string hashOf(std::string_view bytes)
 {
     std::uint64_t hash = FNV_OFFSET;
     for (const char c : bytes)

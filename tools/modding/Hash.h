@@ -2,6 +2,7 @@
 #define ZORV2_LBX_TOOLS_MODDING_HASH_H
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace lbxtool {
@@ -9,7 +10,7 @@ namespace lbxtool {
 // A short fingerprint of some bytes, 16 hex digits (64-bit FNV-1a): enough to
 // tell an edited file or entry from the one that was written, not a guard
 // against anyone who wants a collision.
-std::string hashOf(const std::string& bytes);
+std::string hashOf(std::string_view bytes);
 
 // The fingerprints of `parts`, joined by spaces, and split again.
 std::string hashesOf(const std::vector<std::string>& parts);

@@ -192,7 +192,7 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
     Content* entry = packed.entry.get();
     // An entry new to the archive is told as added, not as changed.
     if (described.contains(key::HASH) &&
-        described.value(key::HASH, "") != hashOf(std::string(entry->data(), entry->size()))) {
+        described.value(key::HASH, "") != hashOf(std::string_view(entry->data(), entry->size()))) {
         const std::string becomes = shapeOf(entry);
         const std::string change = shapeChange(described.value(key::SHAPE, ""), becomes);
         packed.change = entryName(target, index) + ": " + (change.empty() ? becomes : change) +

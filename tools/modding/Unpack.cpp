@@ -16,7 +16,7 @@ UnpackedEntry unpackEntry(Content& entry, const std::string& path, unsigned int 
     EntryForm form = editableForm(&entry, {stem, index, palettes, charset});
     UnpackedEntry done;
     form.manifest[key::SHAPE] = shapeOf(&entry);
-    form.manifest[key::HASH] = hashOf(std::string(entry.data(), entry.size()));
+    form.manifest[key::HASH] = hashOf(std::string_view(entry.data(), entry.size()));
     form.manifest[key::INDEX] = index;
     for (auto* made : {&form.files, &form.views})
         for (auto& [name, bytes] : *made) {
