@@ -1,6 +1,7 @@
 // lbx: look into the archives of tesk and change what is inside.
 
 #include "tools/cli/Commands.h"
+#include "tools/platform/Heap.h"
 #include "tools/platform/Report.h"
 #include "tools/platform/Signals.h"
 
@@ -11,10 +12,6 @@
 #include <algorithm>
 #include <csignal>
 #include <iostream>
-
-#ifdef __GLIBC__
-#include <malloc.h>
-#endif
 
 namespace {
 
@@ -57,26 +54,11 @@ int reportUsage(CLI::App& app, const CLI::ParseError& e, const std::string& firs
     return EXIT_USAGE;
 }
 
-// The tool decodes, encodes and frees images of up to megabytes, entry after
-// entry. By default the C library maps every block above 128 KiB fresh from
-// the system and hands it back when freed, and each reuse then pays a page
-// fault per 4 KiB: a third of the time `verify` takes. Freed memory is kept
-// for the next entry instead; the tool's life is one command.
-void keepFreedMemory()
-{
-#ifdef __GLIBC__
-    constexpr int LARGEST_REUSED_BLOCK = 64 * 1024 * 1024;
-    constexpr int MOST_KEPT_FREE = 512 * 1024 * 1024;
-    mallopt(M_MMAP_THRESHOLD, LARGEST_REUSED_BLOCK);
-    mallopt(M_TRIM_THRESHOLD, MOST_KEPT_FREE);
-#endif
-}
-
 } // namespace
 
 int main(int argc, char** argv)
 {
-    keepFreedMemory();
+    prepareProcessHeap();
     // Past a file size limit a write then fails and is undone like any
     // other, instead of the signal ending the tool half-way.
     std::signal(SIGXFSZ, SIG_IGN);

@@ -1,5 +1,6 @@
 #include "tools/parallel/Workers.h"
 
+#include "tools/platform/Heap.h"
 #include "tools/platform/Signals.h"
 
 #include <algorithm>
@@ -168,7 +169,10 @@ public:
         const HeldSignals inherited;
         try {
             for (std::size_t i = 0; i < size; ++i)
-                threads.emplace_back([&progress] { progress.work(); });
+                threads.emplace_back([&progress] {
+                    prepareThreadHeap();
+                    progress.work();
+                });
         } catch (...) {
             stop();
             throw;
