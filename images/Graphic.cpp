@@ -238,6 +238,67 @@ bool leftOut(const unsigned char* now, const unsigned char* before)
     return before && !differsAtDac(now, before);
 }
 
+// An entry's bytes as they are made, in a block that becomes the entry's
+// own: nothing is zeroed before it is written, and a block that came out
+// about the size it was reserved at is handed over without a copy.
+class EntryBlock {
+public:
+    explicit EntryBlock(std::size_t reserved) : bytes(new char[reserved]), room(reserved)
+    {
+    }
+
+    void push(char byte)
+    {
+        *extend(1) = byte;
+    }
+
+    // Room for `count` bytes at the end, for the caller to write.
+    char* extend(std::size_t count)
+    {
+        if (room - used < count)
+            grow(count);
+        char* end = bytes.get() + used;
+        used += count;
+        return end;
+    }
+
+    char* data()
+    {
+        return bytes.get();
+    }
+
+    std::size_t size() const
+    {
+        return used;
+    }
+
+    // The block, cut to its size unless that would free an eighth or less.
+    char* release()
+    {
+        if (room - used > used / 8)
+            resize(used);
+        return bytes.release();
+    }
+
+private:
+    void grow(std::size_t count)
+    {
+        resize(std::max(room * 2, used + count));
+    }
+
+    void resize(std::size_t size)
+    {
+        std::unique_ptr<char[]> resized(new char[size]);
+        std::copy(bytes.get(), bytes.get() + used, resized.get());
+        bytes = std::move(resized);
+        room = size;
+    }
+
+    std::unique_ptr<char[]> bytes;
+    std::size_t room;
+    std::size_t used = 0;
+};
+
 // Where the encoder's fields go. Labelled, each is a field of the frame's
 // builder, compared when that builder verifies. Plain, where nothing can be
 // verified, the same bytes gather in a block of their own, so that a pixel
@@ -249,7 +310,7 @@ public:
     }
 
     // The frame starts at the end of `bytes`, which may hold frames before it.
-    explicit FieldSink(std::vector<char>& bytes) : bytes(&bytes), start(bytes.size())
+    explicit FieldSink(EntryBlock& bytes) : bytes(&bytes), start(bytes.size())
     {
     }
 
@@ -258,7 +319,7 @@ public:
         if (fields)
             fields->add1(label, value, compare);
         else
-            bytes->push_back(static_cast<char>(value));
+            bytes->push(static_cast<char>(value));
     }
 
     void add2(const char* label, unsigned short value, bool compare = true)
@@ -267,8 +328,9 @@ public:
             fields->add2(label, value, compare);
             return;
         }
-        bytes->push_back(static_cast<char>(value & 0xFF));
-        bytes->push_back(static_cast<char>(value >> 8));
+        char* word = bytes->extend(WORD_SIZE);
+        word[0] = static_cast<char>(value & 0xFF);
+        word[1] = static_cast<char>(value >> 8);
     }
 
     // `count` palette indices, which `fill` writes into the array it is
@@ -284,9 +346,7 @@ public:
                 fields->add1(name, index);
             return;
         }
-        const std::size_t first = bytes->size();
-        bytes->resize(first + count);
-        fill(reinterpret_cast<unsigned char*>(bytes->data() + first));
+        fill(reinterpret_cast<unsigned char*>(bytes->extend(count)));
     }
 
     unsigned int size()
@@ -296,7 +356,7 @@ public:
 
 private:
     Write* fields = nullptr;
-    std::vector<char>* bytes = nullptr;
+    EntryBlock* bytes = nullptr;
     std::size_t start = 0;
     std::vector<unsigned char> indices;
 };
@@ -494,6 +554,14 @@ std::uint64_t likelyFrameSize(const Settings& entry)
     return pixelsOf(entry.width, entry.height) + std::uint64_t{entry.height} * ROW_FIELDS_SIZE + COMPRESSED_ALIGN;
 }
 
+// Where the first frame starts: after the header, the table and the
+// palette block.
+unsigned int headSize(const Settings& entry)
+{
+    const bool withPalette = (entry.flags & Graphic::PALETTE) != 0;
+    return tableEnd(entry.frameCount) + (withPalette ? PAL_HEAD_SIZE + entry.palSize * DAC_COLOR_SIZE : 0);
+}
+
 // The header, the table from the frames' sizes, and the palette block.
 void appendHead(Write& header, const Settings& entry, const std::vector<unsigned int>& frameSizes)
 {
@@ -505,8 +573,7 @@ void appendHead(Write& header, const Settings& entry, const std::vector<unsigned
     header.add1("clearOnce", entry.clearOnce);
     header.add1("clearMod", entry.clearMod);
     header.add2("flags", entry.flags);
-    unsigned int offset =
-        tableEnd(entry.frameCount) + (withPalette ? PAL_HEAD_SIZE + entry.palSize * DAC_COLOR_SIZE : 0);
+    unsigned int offset = headSize(entry);
     header.add4("offset0", offset);
     for (unsigned int size : frameSizes) {
         offset += size;
@@ -534,28 +601,26 @@ void appendGraphic(Write& header, std::vector<Write>& frameWrites, unsigned char
 }
 
 // The whole entry as plain bytes, where nothing is verified: the frames one
-// behind the other into one block, then head and frames into the entry's, so
-// that each frame's bytes are copied once.
+// behind the other into the entry's block, behind room for the head, which
+// is written into it once the frames' sizes are known.
 Content* plainGraphic(unsigned char** frames, unsigned char* palette, const Settings& entry)
 {
     FrameEncoder encoder = encoderOf(frames, palette, entry);
-    std::vector<char> body;
-    body.reserve(static_cast<std::size_t>(likelyFrameSize(entry) * entry.frameCount));
+    const unsigned int headBytes = headSize(entry);
+    EntryBlock block(static_cast<std::size_t>(headBytes + likelyFrameSize(entry) * entry.frameCount));
+    block.extend(headBytes);
     std::vector<unsigned int> frameSizes;
     for (unsigned int f = 0; f < entry.frameCount; ++f) {
-        FieldSink out(body);
+        FieldSink out(block);
         encoder.encode(out, f);
         frameSizes.push_back(out.size());
     }
     Write head;
     appendHead(head, entry, frameSizes);
-    const unsigned int headSize = head.size();
-    const std::size_t size = headSize + body.size();
-    std::unique_ptr<char[]> block(new char[size]);
-    const std::unique_ptr<char[]> headBytes(head.gen());
-    std::copy(headBytes.get(), headBytes.get() + headSize, block.get());
-    std::copy(body.begin(), body.end(), block.get() + headSize);
-    return Content::AbstractContent::genContent(block.release(), static_cast<unsigned int>(size), Content::GRAPHIC);
+    const std::unique_ptr<char[]> headWritten(head.gen());
+    std::copy(headWritten.get(), headWritten.get() + headBytes, block.data());
+    const auto size = static_cast<unsigned int>(block.size());
+    return Content::AbstractContent::genContent(block.release(), size, Content::GRAPHIC);
 }
 
 std::string debugFrameName(unsigned int index)

@@ -215,6 +215,26 @@ TEST(GraphicEncode, RoundTripsGeneratedAnimations)
     }
 }
 
+// A run a pixel takes six bytes where a row in one run takes one a pixel:
+// the encoder's block outgrows what it reserved, several times over.
+TEST(GraphicEncode, FramesOfSinglePixelsOutgrowTheirRoom)
+{
+    constexpr unsigned short SIDE = 64;
+    Maps checkered(4, std::vector<int>(SIDE * SIDE, -1));
+    for (unsigned int f = 0; f < checkered.size(); ++f)
+        for (unsigned int p = 0; p < SIDE * SIDE; ++p)
+            if ((p / SIDE + p + f) % 2 == 0)
+                checkered[f][p] = static_cast<int>((p + f) % 200);
+    auto created = encode(checkered, SIDE, SIDE, Graphic::CLEAR);
+    auto palette = fakePalette();
+    created->graphic()->setPalette(palette.get());
+    for (unsigned int f = 0; f < checkered.size(); ++f) {
+        EXPECT_EQ(pixelsOf(created->graphic()->frame(f), SIDE * SIDE), image(checkered[f], palette.get())) << f;
+        EXPECT_GT(frameBytes(created.get(), f).size(), 3u * SIDE * SIDE / 2) << f;
+    }
+    EXPECT_NO_THROW(exercise::verifies(*created));
+}
+
 TEST(GraphicEncode, VerifyingReportsEachField)
 {
     // Frame 1 repaints x = 3 of row 2 with the index it already shows.
