@@ -122,6 +122,18 @@ void fakeIndices(const unsigned char* pixels, std::size_t count, unsigned int be
     misses = missed;
 }
 
+// The two loops above on little-endian words, where they are widened.
+ZORV2_LBX_WIDE_LOOP void fakeIndicesOfWords(const unsigned char* pixels, std::size_t count, unsigned int begin,
+                                            unsigned int end, unsigned char* indices, std::uint32_t& misses)
+{
+    fakeIndices<true>(pixels, count, begin, end, indices, misses);
+}
+
+ZORV2_LBX_WIDE_LOOP void keysOfWords(const unsigned char* pixels, std::size_t count, std::uint32_t* keys)
+{
+    computeKeys<true>(pixels, count, keys);
+}
+
 std::runtime_error colorNotFound(const unsigned char* color)
 {
     return std::runtime_error("color " + std::to_string(color[RED]) + "," + std::to_string(color[GREEN]) + "," +
@@ -310,7 +322,7 @@ void Content::Palette::Index::findInTable(unsigned char* pixels, std::size_t cou
         unsigned char* block = pixels + first * PIXEL_SIZE;
         unsigned char* found = indices + first;
         if (littleEndian())
-            computeKeys<true>(block, length, keys);
+            keysOfWords(block, length, keys);
         else
             computeKeys<false>(block, length, keys);
         for (std::size_t i = 0; i < length; ++i)
@@ -332,7 +344,7 @@ void Content::Palette::Index::findFake(unsigned char* pixels, std::size_t count,
         unsigned char* block = pixels + first * PIXEL_SIZE;
         std::uint32_t misses = 0;
         if (littleEndian())
-            fakeIndices<true>(block, length, begin, end, indices + first, misses);
+            fakeIndicesOfWords(block, length, begin, end, indices + first, misses);
         else
             fakeIndices<false>(block, length, begin, end, indices + first, misses);
         // A colour that is no entry of the range: the search throws its text.

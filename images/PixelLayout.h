@@ -11,6 +11,16 @@
 // A palette array is 256 entries; alpha 0 is a transparent pixel.
 #include "images/Palette.h"
 
+// Loops over whole rows or blocks of pixels are compiled twice on x86-64
+// GNU/Linux, for the baseline and for AVX2, whose steps are twice as wide;
+// the loader picks one for the machine, once. Elsewhere they are compiled
+// once.
+#if defined(__x86_64__) && defined(__linux__) && defined(__GNUC__)
+#define ZORV2_LBX_WIDE_LOOP __attribute__((target_clones("avx2", "default")))
+#else
+#define ZORV2_LBX_WIDE_LOOP
+#endif
+
 namespace zorv2 {
 namespace Lbx {
 namespace layout {
