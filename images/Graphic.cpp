@@ -299,6 +299,23 @@ private:
     std::size_t used = 0;
 };
 
+// Marks which of `count` pixels show, 1 or 0, in one pass without branches
+// that the compiler widens: over nothing, those not transparent.
+ZORV2_LBX_WIDE_LOOP void markOpaque(const unsigned char* now, std::size_t count, unsigned char* marks)
+{
+    for (std::size_t x = 0; x < count; ++x)
+        marks[x] = now[x * PIXEL_SIZE + ALPHA] != 0;
+}
+
+// Over a predecessor, those not transparent that differ from it at DAC
+// precision.
+ZORV2_LBX_WIDE_LOOP void markChanged(const unsigned char* now, const unsigned char* before, std::size_t count,
+                                     unsigned char* marks)
+{
+    for (std::size_t x = 0; x < count; ++x)
+        marks[x] = (now[x * PIXEL_SIZE + ALPHA] != 0) & differsAtDac(now + x * PIXEL_SIZE, before + x * PIXEL_SIZE);
+}
+
 // Where the encoder's fields go. Labelled, each is a field of the frame's
 // builder, compared when that builder verifies. Plain, where nothing can be
 // verified, the same bytes gather in a block of their own, so that a pixel
@@ -459,15 +476,10 @@ private:
         const std::size_t rowStart = y * pixels * PIXEL_SIZE;
         const unsigned char* now = frames[frame] + rowStart;
         unsigned char* marks = shown.data();
-        if (!predecessor) {
-            for (std::size_t x = 0; x < pixels; ++x)
-                marks[x] = now[x * PIXEL_SIZE + ALPHA] != 0;
-        } else {
-            const unsigned char* before = predecessor + rowStart;
-            for (std::size_t x = 0; x < pixels; ++x)
-                marks[x] = (now[x * PIXEL_SIZE + ALPHA] != 0) &
-                           differsAtDac(now + x * PIXEL_SIZE, before + x * PIXEL_SIZE);
-        }
+        if (!predecessor)
+            markOpaque(now, pixels, marks);
+        else
+            markChanged(now, predecessor + rowStart, pixels, marks);
         return std::memchr(marks, 1, pixels) != nullptr;
     }
 
