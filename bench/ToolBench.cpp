@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
@@ -567,6 +568,8 @@ int runMeasuringPeak(char** argv)
     const auto start = std::chrono::steady_clock::now();
     const pid_t child = fork();
     if (child == 0) {
+        // The tool sets its memory up itself, as when a modder starts it.
+        unsetenv("GLIBC_TUNABLES");
         execv(argv[1], argv + 1);
         _exit(127);
     }
