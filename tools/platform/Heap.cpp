@@ -55,14 +55,17 @@ void markForHugePages(std::uintptr_t from, std::uintptr_t to)
 
 void prepareProcessHeap()
 {
-    mallopt(M_MMAP_THRESHOLD, LARGEST_REUSED_BLOCK);
+    // Another allocator in front (a sanitizer's) refuses the library's
+    // settings, and has no use for a stretch either.
+    if (mallopt(M_MMAP_THRESHOLD, LARGEST_REUSED_BLOCK) != 1)
+        return;
     mallopt(M_TRIM_THRESHOLD, MOST_KEPT_FREE);
     // The first thread's heap ends at the program break, and grows it.
     const std::uintptr_t before = programBreak();
     void* volatile stretch = std::malloc(STRETCH);
     const std::uintptr_t after = programBreak();
     const std::uintptr_t from = (before + PAGE - 1) & ~(PAGE - 1);
-    // Another allocator in front (a sanitizer's) leaves the break alone.
+    // One that accepts them (valgrind's) leaves the break alone.
     if (stretch != nullptr && after >= from + STRETCH) {
         markForHugePages(from, after);
         prepared = true;
