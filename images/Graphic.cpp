@@ -566,18 +566,22 @@ std::uint64_t likelyFrameSize(const Settings& entry)
     return pixelsOf(entry.width, entry.height) + std::uint64_t{entry.height} * ROW_FIELDS_SIZE + COMPRESSED_ALIGN;
 }
 
+// Whether the flags ask for a palette block; nothing else decides it.
+bool withPalette(const Settings& entry)
+{
+    return (entry.flags & Graphic::PALETTE) != 0;
+}
+
 // Where the first frame starts: after the header, the table and the
 // palette block.
 unsigned int headSize(const Settings& entry)
 {
-    const bool withPalette = (entry.flags & Graphic::PALETTE) != 0;
-    return tableEnd(entry.frameCount) + (withPalette ? PAL_HEAD_SIZE + entry.palSize * DAC_COLOR_SIZE : 0);
+    return tableEnd(entry.frameCount) + (withPalette(entry) ? PAL_HEAD_SIZE + entry.palSize * DAC_COLOR_SIZE : 0);
 }
 
 // The header, the table from the frames' sizes, and the palette block.
 void appendHead(Write& header, const Settings& entry, const std::vector<unsigned int>& frameSizes)
 {
-    const bool withPalette = (entry.flags & Graphic::PALETTE) != 0;
     header.add2("width", entry.width);
     header.add2("height", entry.height);
     header.add2("0", 0);
@@ -591,7 +595,7 @@ void appendHead(Write& header, const Settings& entry, const std::vector<unsigned
         offset += size;
         header.add4("offset", offset);
     }
-    if (withPalette)
+    if (withPalette(entry))
         writePaletteBlock(header, entry.internalPalette, entry.palOffset, entry.palSize);
 }
 
