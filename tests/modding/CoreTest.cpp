@@ -240,6 +240,26 @@ TEST(Names, NumbersAndEntryReferences)
         EXPECT_EQ(thrownBy([&] { parseEntryRef(bad); }), "'" + bad + "' names no entry; write ARCHIVE:INDEX") << bad;
 }
 
+TEST(Hash, EachPartHashedBesideOthersAsAlone)
+{
+    // FNV-1a's published values; the parts run out at different bytes, so
+    // that lanes finish, take the next part or idle at every point.
+    const std::map<std::string, std::string> known = {
+        {"", "cbf29ce484222325"}, {"a", "af63dc4c8601ec8c"}, {"foobar", "85944171f73967e8"}};
+    for (const auto& [bytes, hash] : known)
+        EXPECT_EQ(hashOf(bytes), hash) << bytes;
+    std::vector<std::string> parts;
+    for (std::size_t size : {0, 1, 7, 0, 300, 2, 64, 1, 0, 5, 999, 3})
+        parts.push_back(std::string(size, static_cast<char>('a' + size % 26)));
+    parts.push_back("foobar");
+    const std::vector<std::string> hashes = hashOfEach({parts.begin(), parts.end()});
+    ASSERT_EQ(hashes.size(), parts.size());
+    for (std::size_t p = 0; p < parts.size(); ++p)
+        EXPECT_EQ(hashes[p], hashOf(parts[p])) << p;
+    EXPECT_EQ(hashes.back(), "85944171f73967e8");
+    EXPECT_TRUE(hashOfEach({}).empty());
+}
+
 TEST(TextLines, EachLineWithoutItsEndsAndBack)
 {
     EXPECT_EQ(textLines("a\r\nb\n\nc"), (std::vector<std::string>{"a", "b", "", "c"}));

