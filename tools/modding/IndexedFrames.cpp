@@ -132,26 +132,31 @@ FakeFrames inFakeColours(const std::vector<Indices>& frames)
 
 constexpr unsigned char TRANSPARENT = 0;
 
-// The highest index that no frame paints, or NO_INDEX when each is painted.
-int freeIndex(const std::vector<Indices>& frames)
-{
-    std::array<bool, COLORS> used{};
-    for (const Indices& frame : frames)
-        for (const unsigned short index : frame)
-            if (index != CLEAR)
-                used[index] = true;
-    for (int index = COLORS - 1; index >= 0; --index)
-        if (!used[index])
-            return index;
-    return NO_INDEX;
-}
+// Which indices the frames hold, CLEAR among them: one store a pixel,
+// without a branch.
+class UsedIndices {
+public:
+    explicit UsedIndices(const std::vector<Indices>& frames)
+    {
+        for (const Indices& frame : frames)
+            for (const unsigned short index : frame)
+                used[std::min(index, CLEAR)] = true;
+    }
 
-bool anyClear(const std::vector<Indices>& frames)
-{
-    return std::any_of(frames.begin(), frames.end(), [](const Indices& frame) {
-        return std::find(frame.begin(), frame.end(), CLEAR) != frame.end();
-    });
-}
+    // The highest index that no frame paints, or NO_INDEX when each is painted.
+    int freeIndex() const
+    {
+        for (int index = COLORS - 1; index >= 0; --index)
+            if (!used[index])
+                return index;
+        return NO_INDEX;
+    }
+
+    bool anyClear() const { return used[CLEAR]; }
+
+private:
+    std::array<bool, CLEAR + 1> used{};
+};
 
 // `shown` with entry `clear`, if any, made transparent.
 PaletteArray withClear(const unsigned char* shown, int clear)
@@ -194,6 +199,49 @@ std::string indexedSheet(const std::vector<std::vector<unsigned char>>& frames, 
     return indexedPng(sheet.indices.data(), sheet.width, sheet.height, withClear(shown, gap).get(), name);
 }
 
+// What a pixel at each index of an indexed picture stands for: painted
+// when its palette entry is fully opaque, except at the transparent index.
+struct IndexMeaning {
+    enum Odd : unsigned char { NONE = 0, PARTLY = 1, OPAQUE_TRANSPARENT = 2 };
+
+    IndexMeaning(const std::vector<unsigned char>& palette, int transparent)
+    {
+        for (unsigned int index = 0; index < COLORS; ++index) {
+            const unsigned char alpha = palette[index * PIXEL_SIZE + layout::ALPHA];
+            const bool opaque = alpha == layout::OPAQUE;
+            stored[index] = opaque && int(index) != transparent ? static_cast<unsigned short>(index) : CLEAR;
+            odd[index] = alpha != 0 && !opaque ? PARTLY : opaque && int(index) == transparent ? OPAQUE_TRANSPARENT : NONE;
+        }
+    }
+
+    std::array<unsigned short, COLORS> stored;
+    std::array<unsigned char, COLORS> odd;
+};
+
+// A table lookup a pixel; the pixels stored transparent against what the
+// file shows are rare, and counted in a second pass only when there are any.
+PictureIndices indicesOfIndexed(const Picture& picture, int transparent)
+{
+    const IndexMeaning meaning(picture.palette, transparent);
+    const std::size_t pixels = std::size_t(picture.width) * picture.height;
+    const unsigned char* in = picture.pixels.data();
+    PictureIndices result;
+    result.indices.resize(pixels);
+    unsigned short* out = result.indices.data();
+    unsigned char odd = IndexMeaning::NONE;
+    for (std::size_t p = 0; p < pixels; ++p) {
+        out[p] = meaning.stored[in[p]];
+        odd |= meaning.odd[in[p]];
+    }
+    if (odd == IndexMeaning::NONE)
+        return result;
+    for (std::size_t p = 0; p < pixels; ++p) {
+        result.partlyTransparent += meaning.odd[in[p]] == IndexMeaning::PARTLY;
+        result.opaqueTransparent += meaning.odd[in[p]] == IndexMeaning::OPAQUE_TRANSPARENT;
+    }
+    return result;
+}
+
 } // namespace
 
 Indices indicesOfFake(const unsigned char* rgba, std::size_t pixels)
@@ -227,23 +275,12 @@ std::vector<Indices> storedIndices(Content::Cursor* cursor)
 PictureIndices indicesOfPicture(const Picture& picture, const Lookup& lookup, const std::string& name,
                                 unsigned int frame)
 {
+    if (picture.indexed)
+        return indicesOfIndexed(picture, lookup.transparent);
     const std::size_t pixels = std::size_t(picture.width) * picture.height;
     PictureIndices result;
     result.indices.assign(pixels, CLEAR);
     Indices& indices = result.indices;
-    if (picture.indexed) {
-        for (std::size_t p = 0; p < pixels; ++p) {
-            const unsigned char index = picture.pixels[p];
-            const unsigned char alpha = picture.palette[index * PIXEL_SIZE + layout::ALPHA];
-            if (alpha != 0 && alpha != layout::OPAQUE)
-                ++result.partlyTransparent;
-            else if (alpha == layout::OPAQUE && index == lookup.transparent)
-                ++result.opaqueTransparent;
-            else if (alpha == layout::OPAQUE)
-                indices[p] = index;
-        }
-        return result;
-    }
     Palette::Index index(const_cast<unsigned char*>(lookup.palette), lookup.begin, COLORS);
     for (std::size_t p = 0; p < pixels; ++p) {
         unsigned char* pixel = const_cast<unsigned char*>(&picture.pixels[p * PIXEL_SIZE]);
@@ -338,8 +375,9 @@ FramePngs framePngs(const std::vector<Indices>& frames, unsigned int width, unsi
                     const unsigned char* shown, int clear, const std::vector<std::string>& names,
                     const std::string& sheetName)
 {
-    const int free = clear == CHOOSE_CLEAR ? freeIndex(frames) : clear;
-    const bool unpainted = anyClear(frames);
+    const UsedIndices used(frames);
+    const int free = clear == CHOOSE_CLEAR ? used.freeIndex() : clear;
+    const bool unpainted = used.anyClear();
     const bool indexed = !unpainted || free != NO_INDEX;
     FramePngs made;
     made.transparent = unpainted ? free : NO_INDEX;
