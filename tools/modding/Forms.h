@@ -54,6 +54,7 @@ struct PackPlace {
     PackRules rules;
     Warnings& warnings; // what the user should know of the entry's files
     const Charset* charset = nullptr; // what text tables' lines are in; none: the text escape
+    bool madeHere = false;            // the files are unpack's own, in memory: see readPicture
 
     std::string pathOf(const std::string& name) const;
 };

@@ -65,7 +65,7 @@ std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, co
     std::vector<Indices> frames;
     for (unsigned int f = 0; f < names.size(); ++f) {
         const std::string path = place.pathOf(names[f]);
-        const Picture picture = readPicture(place.read(names[f]), path);
+        const Picture picture = readPicture(place.read(names[f]), path, place.madeHere);
         if (f == 0) {
             width = picture.width;
             height = picture.height;

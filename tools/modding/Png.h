@@ -20,8 +20,10 @@ struct Picture {
     std::vector<unsigned char> palette; // when indexed: its entries as RGBA, transparency in alpha
 };
 
-// Reads the PNG held in `bytes`; `name` is the file it came from, for messages.
-Picture readPicture(const std::string& bytes, const std::string& name);
+// Reads the PNG held in `bytes`; `name` is the file it came from, for
+// messages. Bytes `madeHere`, by this process's own encoder a moment ago,
+// never left memory: their CRCs and Adler-32 guard nothing, and are skipped.
+Picture readPicture(const std::string& bytes, const std::string& name, bool madeHere = false);
 
 // The pixels of a picture as RGBA, an indexed one through its palette.
 std::vector<unsigned char> rgbaOf(const Picture& picture);
