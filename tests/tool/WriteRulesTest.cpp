@@ -210,6 +210,25 @@ TEST_F(WriteRules, APackThatFailsOnTheWayLeavesNothingItMade)
     EXPECT_EQ(readFile(target), readFile(inbox));
 }
 
+// unpack makes each file of an empty folder in place: one that a write
+// stops half-way is removed, and without the manifest, which comes last,
+// the folder is no unpacked archive for pack.
+TEST_F(WriteRules, AnUnpackThatFailsOnTheWayLeavesOnlyWholeFilesAndNoManifest)
+{
+    ASSERT_EQ(lbx({"unpack", inbox, "-o", dir.path("whole")}).status, 0);
+    const auto whole = snapshot(dir.path("whole/INBOX"));
+    // 1 KiB or 512 bytes, as the shell counts: the first frame is larger.
+    const Outcome cut = run("ulimit -f 1; exec " + quote(LBX_TOOL), {"unpack", inbox, "-o", dir.path("cut")});
+    EXPECT_EQ(cut.status, 1);
+    const std::string frame = frameFile(dir.path("cut/INBOX"), "INBOX_000", 0);
+    EXPECT_EQ(cut.err, "lbx: could not write to '" + frame + "' (File too large)\n");
+    const auto left = snapshot(dir.path("cut/INBOX"));
+    EXPECT_FALSE(left.empty()) << "the palette file, written before the frame";
+    for (const auto& [path, bytes] : left)
+        EXPECT_EQ(bytes, whole.at(dir.path("whole/INBOX/" + fs::path(path).filename().string()))) << path;
+    EXPECT_FALSE(fs::exists(dir.path("cut/INBOX/archive.json")));
+}
+
 // A disk of 64 KiB, where the system lets the test make one: every command
 // that writes gives the system's reason, and leaves the disk as it was.
 TEST_F(WriteRules, AFullDiskIsSaidInTheSystemsWords)

@@ -38,6 +38,11 @@ std::runtime_error inTheWay(const std::string& temporary, const std::string& tar
                               "'; remove it if an interrupted write left it");
 }
 
+std::runtime_error alreadyThere(const std::string& target)
+{
+    return std::runtime_error("'" + target + "' already exists; --force replaces it");
+}
+
 std::runtime_error systemFailure(const std::string& target)
 {
     return cannotWrite(target, std::strerror(errno));
@@ -58,7 +63,7 @@ fs::path followLinks(fs::path path)
 }
 
 // The temporary file: created here, removed again unless it took the
-// target's place.
+// target's place, or is kept where it was made.
 class Temporary {
 public:
     Temporary(std::string path, const std::string& target) : path(std::move(path))
@@ -108,6 +113,8 @@ public:
             throw systemFailure(target);
         placed = true;
     }
+
+    void keep() { placed = true; }
 
     std::string path;
     int descriptor = -1;
@@ -212,7 +219,7 @@ bool SafeWriter::existingTarget(const std::string& target, Existing existing, st
             throw std::runtime_error("'" + target + "' is one of this command's inputs" +
                                      (input.path == target ? "" : " ('" + input.path + "')") + "; it is left as it is");
     if (existing == Existing::Refuse)
-        throw std::runtime_error("'" + target + "' already exists; --force replaces it");
+        throw alreadyThere(target);
     return true;
 }
 
@@ -267,6 +274,17 @@ void SafeWriter::writeFile(const std::string& target, Existing existing,
     temporary.replace(file, target);
     if (replacing)
         syncFolder(file.parent_path());
+}
+
+void SafeWriter::writeNew(const std::string& target, const std::string& bytes) const
+{
+    struct stat status;
+    if (::lstat(target.c_str(), &status) == 0)
+        throw alreadyThere(target);
+    Temporary file(target, target);
+    writeAll(file.descriptor, bytes.data(), bytes.size(), target);
+    file.close(false, target);
+    file.keep();
 }
 
 void SafeWriter::writeBytes(const std::string& target, const std::string& bytes, Existing existing) const

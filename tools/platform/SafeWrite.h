@@ -11,9 +11,10 @@
 // Every file the lbx tool writes goes through here. A write fills a
 // temporary file beside its target (named after it, with ".lbx-part"
 // behind), gives it the mode and owner of the file it replaces, syncs it to
-// the disk when it replaces one and renames it over the target; a symbolic link stays a link and
-// its target is what changes. A failure at any point removes the temporary
-// file and leaves the target as it was.
+// the disk when it replaces one and renames it over the target; a symbolic
+// link stays a link and its target is what changes. A failure at any point
+// removes the temporary file and leaves the target as it was. (writeNew,
+// below, makes a file where nothing stood, in place.)
 namespace lbxtool {
 
 using zorv2::Lbx::File;
@@ -65,6 +66,14 @@ public:
 
     // Writes `bytes` as they stand.
     void writeBytes(const std::string& target, const std::string& bytes, Existing existing = Existing::Replace) const;
+
+    // Writes `bytes` into a new file at `target`, made in place, and
+    // refuses when anything stands there; a failure or a signal removes it
+    // again. Only for a file among many in a folder that a last one crowns
+    // (unpack's manifest): until that one is written the folder is
+    // unfinished anyway, and the temporary file's rename would cost each
+    // file a second change to the folder.
+    void writeNew(const std::string& target, const std::string& bytes) const;
 
     // Writes `archive` through the library, and reads the header of what was
     // written back before it takes the target's place.
