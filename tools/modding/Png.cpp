@@ -45,17 +45,20 @@ constexpr int COMPRESSION_LEVEL = 1;
 // the sample within 0.05% of their size and take a sixth off export.
 constexpr int MEMORY_LEVEL = 5;
 
-// The image data is one IDAT chunk holding a zlib stream:
-//   0x78 0x01 | deflate of the rows, each behind its filter byte | Adler-32 (big-endian)
-// zlib writes the deflate part raw and the tool the rest: zlib's Adler-32
-// adds a byte at a time, a sixth of export's instructions, where
-// libdeflate's takes 32 at once.
+// libpng writes the file's head (signature, IHDR, PLTE, tRNS); the tool
+// appends the image data, one chunk, and the end:
+//   IDAT chunk: length (4, big-endian) | "IDAT" | zlib stream | CRC-32 of type and stream
+//   zlib stream: 0x78 0x01 | deflate of the rows, each behind its filter byte | Adler-32
+//   IEND chunk: length 0 | "IEND" | its CRC-32
+// zlib deflates the rows raw; both sums come from libdeflate, which takes
+// many bytes an instruction where zlib's take one: zlib's Adler-32 was a
+// sixth of export's instructions.
 constexpr unsigned char ZLIB_HEAD[] = {0x78, 0x01}; // 32 KiB window, fastest level
-constexpr std::size_t ADLER_SIZE = 4;
 constexpr int RAW_WINDOW_BITS = -15;
 constexpr unsigned char NO_FILTER = 0;
-const png_byte IMAGE_DATA[] = "IDAT";
-const png_byte IMAGE_END[] = "IEND";
+constexpr std::size_t LENGTH_SIZE = 4;
+const std::string IMAGE_DATA = "IDAT";
+const std::string IMAGE_END = std::string(4, '\0') + "IEND\xAE\x42\x60\x82";
 
 // libpng reports a failure to a callback that must not return. The callback
 // keeps libpng's words and jumps back into `guarded`: only C data may live
@@ -154,22 +157,34 @@ private:
     unsigned char buffer[16384];
 };
 
-// The zlib stream of an image's rows, unfiltered.
-std::string imageData(const unsigned char* pixels, std::size_t rowBytes, unsigned int height)
+void appendBigEndian(std::string& out, std::uint32_t value)
 {
+    for (int shift = 24; shift >= 0; shift -= 8)
+        out += static_cast<char>(value >> shift);
+}
+
+// The image data chunk of an image's rows, unfiltered, onto `file`.
+void appendImageData(std::string& file, const unsigned char* pixels, std::size_t rowBytes, unsigned int height)
+{
+    const std::size_t start = file.size();
+    file.append(LENGTH_SIZE, '\0');
+    file += IMAGE_DATA;
+    file.append(reinterpret_cast<const char*>(ZLIB_HEAD), sizeof ZLIB_HEAD);
     Deflating deflating;
     std::vector<unsigned char> row(rowBytes + 1, NO_FILTER);
-    std::string out(reinterpret_cast<const char*>(ZLIB_HEAD), sizeof ZLIB_HEAD);
     std::uint32_t adler = libdeflate_adler32(1, nullptr, 0);
     for (unsigned int y = 0; y < height; ++y) {
         std::memcpy(&row[1], pixels + y * rowBytes, rowBytes);
         adler = libdeflate_adler32(adler, row.data(), row.size());
-        deflating.add(row.data(), row.size(), out, false);
+        deflating.add(row.data(), row.size(), file, false);
     }
-    deflating.add(nullptr, 0, out, true);
-    for (std::size_t i = 0; i < ADLER_SIZE; ++i)
-        out += static_cast<char>(adler >> (8 * (ADLER_SIZE - 1 - i)));
-    return out;
+    deflating.add(nullptr, 0, file, true);
+    appendBigEndian(file, adler);
+    const std::size_t typeAt = start + LENGTH_SIZE;
+    const std::uint32_t length = static_cast<std::uint32_t>(file.size() - typeAt - IMAGE_DATA.size());
+    for (std::size_t i = 0; i < LENGTH_SIZE; ++i)
+        file[start + i] = static_cast<char>(length >> (8 * (LENGTH_SIZE - 1 - i)));
+    appendBigEndian(file, libdeflate_crc32(0, &file[typeAt], file.size() - typeAt));
 }
 
 class Reading {
@@ -257,12 +272,6 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     std::string file;
     const int colorType = palette != nullptr ? PNG_COLOR_TYPE_PALETTE : PNG_COLOR_TYPE_RGBA;
     const std::size_t rowBytes = std::size_t(width) * (palette != nullptr ? 1 : PIXEL_SIZE);
-    std::string data;
-    try {
-        data = imageData(pixels, rowBytes, height);
-    } catch (const std::bad_alloc&) {
-        throw std::runtime_error("could not encode '" + name + "' (out of memory)");
-    }
     png_color colors[COLORS];
     png_byte alphas[COLORS];
     int transparent = 0;
@@ -283,12 +292,15 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
                 png_set_tRNS(writing.png, writing.info, alphas, transparent, nullptr);
         }
         png_write_info(writing.png, writing.info);
-        png_write_chunk(writing.png, IMAGE_DATA, reinterpret_cast<png_const_bytep>(data.data()), data.size());
-        png_write_chunk(writing.png, IMAGE_END, nullptr, 0);
     });
     if (!written)
         throw std::runtime_error("could not encode '" + name + "' (" + writing.failure.message + ")");
-    return file;
+    try {
+        appendImageData(file, pixels, rowBytes, height);
+    } catch (const std::bad_alloc&) {
+        throw std::runtime_error("could not encode '" + name + "' (out of memory)");
+    }
+    return file + IMAGE_END;
 }
 
 } // namespace
