@@ -56,9 +56,9 @@ constexpr int MEMORY_LEVEL = 5;
 constexpr unsigned char ZLIB_HEAD[] = {0x78, 0x01}; // 32 KiB window, fastest level
 constexpr int RAW_WINDOW_BITS = -15;
 constexpr unsigned char NO_FILTER = 0;
-constexpr std::size_t LENGTH_SIZE = 4;
+constexpr std::size_t WORD_SIZE = 4; // a chunk's length and each sum, big-endian
 const std::string IMAGE_DATA = "IDAT";
-const std::string IMAGE_END = std::string(4, '\0') + "IEND\xAE\x42\x60\x82";
+const std::string IMAGE_END = std::string(WORD_SIZE, '\0') + "IEND\xAE\x42\x60\x82";
 
 // libpng reports a failure to a callback that must not return. The callback
 // keeps libpng's words and jumps back into `guarded`: only C data may live
@@ -153,21 +153,24 @@ public:
     }
 
 private:
+    static constexpr std::size_t STEP = 16384; // compressed bytes taken out at a time
     z_stream stream{};
-    unsigned char buffer[16384];
+    unsigned char buffer[STEP];
 };
 
-void appendBigEndian(std::string& out, std::uint32_t value)
+std::string bigEndian(std::uint32_t value)
 {
-    for (int shift = 24; shift >= 0; shift -= 8)
-        out += static_cast<char>(value >> shift);
+    std::string bytes(WORD_SIZE, '\0');
+    for (std::size_t i = 0; i < WORD_SIZE; ++i)
+        bytes[i] = static_cast<char>(value >> (8 * (WORD_SIZE - 1 - i)));
+    return bytes;
 }
 
 // The image data chunk of an image's rows, unfiltered, onto `file`.
 void appendImageData(std::string& file, const unsigned char* pixels, std::size_t rowBytes, unsigned int height)
 {
     const std::size_t start = file.size();
-    file.append(LENGTH_SIZE, '\0');
+    file.append(WORD_SIZE, '\0');
     file += IMAGE_DATA;
     file.append(reinterpret_cast<const char*>(ZLIB_HEAD), sizeof ZLIB_HEAD);
     Deflating deflating;
@@ -179,12 +182,10 @@ void appendImageData(std::string& file, const unsigned char* pixels, std::size_t
         deflating.add(row.data(), row.size(), file, false);
     }
     deflating.add(nullptr, 0, file, true);
-    appendBigEndian(file, adler);
-    const std::size_t typeAt = start + LENGTH_SIZE;
-    const std::uint32_t length = static_cast<std::uint32_t>(file.size() - typeAt - IMAGE_DATA.size());
-    for (std::size_t i = 0; i < LENGTH_SIZE; ++i)
-        file[start + i] = static_cast<char>(length >> (8 * (LENGTH_SIZE - 1 - i)));
-    appendBigEndian(file, libdeflate_crc32(0, &file[typeAt], file.size() - typeAt));
+    file += bigEndian(adler);
+    const std::size_t typeAt = start + WORD_SIZE;
+    file.replace(start, WORD_SIZE, bigEndian(static_cast<std::uint32_t>(file.size() - typeAt - IMAGE_DATA.size())));
+    file += bigEndian(libdeflate_crc32(0, &file[typeAt], file.size() - typeAt));
 }
 
 class Reading {
@@ -300,7 +301,8 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
     } catch (const std::bad_alloc&) {
         throw std::runtime_error("could not encode '" + name + "' (out of memory)");
     }
-    return file + IMAGE_END;
+    file += IMAGE_END;
+    return file;
 }
 
 } // namespace
