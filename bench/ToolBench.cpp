@@ -112,27 +112,37 @@ private:
     std::string path;
 };
 
-// A folder that only a floor of few, large files writes into, removed after
-// each iteration: the raw frames of the big archive take 6 GB a run.
-class FreshFolder {
+// A folder that the floors write raw frames into over and over (6 GB of the
+// big archive's), made once and its files emptied before and after each
+// use, so that every write lands in a file that exists. Removing them would
+// free thousands of inodes for the file system to skip (see NewFolder); new
+// files each time would leave gigabytes for the system to write back while
+// later rows run, where an emptied file's pages are dropped unwritten.
+void emptyFolder(const std::string& path)
+{
+    fs::create_directories(path);
+    for (const fs::directory_entry& file : fs::directory_iterator(path))
+        fs::resize_file(file.path(), 0);
+}
+
+class ReusedFolder {
 public:
-    FreshFolder(benchmark::State& state, std::string path) : state(state), path(std::move(path))
+    ReusedFolder(benchmark::State& state, std::string path) : state(state), path(std::move(path))
     {
         state.PauseTiming();
-        fs::remove_all(this->path);
-        fs::create_directories(this->path);
+        emptyFolder(this->path);
         state.ResumeTiming();
     }
 
-    ~FreshFolder()
+    ~ReusedFolder()
     {
         state.PauseTiming();
-        fs::remove_all(path);
+        emptyFolder(path);
         state.ResumeTiming();
     }
 
-    FreshFolder(const FreshFolder&) = delete;
-    FreshFolder& operator=(const FreshFolder&) = delete;
+    ReusedFolder(const ReusedFolder&) = delete;
+    ReusedFolder& operator=(const ReusedFolder&) = delete;
 
     const std::string& operator*() const { return path; }
 
@@ -387,7 +397,7 @@ void rawFramesFloor(benchmark::State& state, ToolWorkloads& work, Source source)
     Pixels palette = scenePalette();
     for (auto _ : state) {
         if (source == Source::BIG) {
-            const FreshFolder out(state, work.path("raw-big"));
+            const ReusedFolder out(state, work.path("raw-big"));
             writeRawFrames(work.archive(source).path, *out, palette.data());
         } else {
             const NewFolder out(state, work.path("raw"));
@@ -400,13 +410,12 @@ void rawFramesFloor(benchmark::State& state, ToolWorkloads& work, Source source)
 void createFloor(benchmark::State& state, ToolWorkloads& work, Source source)
 {
     Pixels palette = scenePalette();
-    const std::string folder = work.path("raw-frames");
-    fs::remove_all(folder);
-    fs::create_directories(folder);
+    const std::string folder = work.path(source == Source::BIG ? "raw-big" : "raw-frames");
+    emptyFolder(folder);
     const std::vector<FrameSet> sets = writeRawFrames(work.archive(source).path, folder, palette.data());
     for (auto _ : state)
         createFromRawFrames(sets, folder, palette.data());
-    fs::remove_all(folder);
+    emptyFolder(folder);
     countArchives(state, work.archive(source), 1);
 }
 
