@@ -280,6 +280,48 @@ TEST_F(Modding, AChangedFrameCountOrSizeIsAllowedAndReported)
     EXPECT_EQ(lbx({"verify", dir.path("INBOX.LBX")}).status, 0);
 }
 
+// Pack names the parts of an entry that changed, by the files that differ
+// from those unpack wrote, or its settings when none does.
+TEST_F(Modding, AChangedEntryIsToldByThePartsThatChanged)
+{
+    const struct {
+        std::string what;
+        std::function<void(const std::string& folder)> edit;
+        std::string change;
+    } cases[] = {
+        {"two frames repainted",
+         [](const std::string& folder) {
+             paintIndex(folder + "/INBOX_001_002.png", 0, 0, 9);
+             paintIndex(folder + "/INBOX_001_005.png", 47, 31, 9);
+         },
+         "[1]: graphic (8 frames of 48x32); frames 2, 5\n"},
+        {"a palette colour",
+         [](const std::string& folder) {
+             std::string palette = readFile(folder + "/INBOX_000.pal");
+             palette.replace(palette.find("32 80 224"), 9, "36 80 224");
+             std::ofstream(folder + "/INBOX_000.pal", std::ios::binary | std::ios::trunc) << palette;
+         },
+         "[0]: graphic (1 frame of 64x40); palette\n"},
+        {"a setting in the manifest",
+         [this](const std::string& folder) {
+             Json manifest = manifestOf(folder);
+             manifest["entries"][1]["clearMod"] = 1;
+             std::ofstream(folder + "/archive.json", std::ios::trunc) << manifest.dump(1);
+         },
+         "[1]: graphic (8 frames of 48x32); its settings in archive.json\n"},
+    };
+    for (const auto& c : cases) {
+        fs::remove_all(dir.path("mod"));
+        const std::string folder = unpackedInbox();
+        c.edit(folder);
+        const std::string out = dir.path("INBOX.LBX");
+        const Outcome packed = pack(folder, out, {"--force"});
+        ASSERT_EQ(packed.status, 0) << c.what << ": " << packed.err;
+        EXPECT_NE(packed.out.find(", 1 changed\n  changed " + out + c.change), std::string::npos)
+            << c.what << ": " << packed.out;
+    }
+}
+
 // A frame that an editor saved as RGBA goes back by exact colour; a colour
 // the palette lacks is refused where it stands, or with --nearest mapped.
 TEST_F(Modding, RgbaFramesMapBackByExactColourOrTheNearest)

@@ -31,16 +31,16 @@ struct PackOptions {
 };
 
 // The entries of `plan` made from their files on the workers, and put into
-// an archive in order, each written to `out` as it comes; `changes` gets
-// what changed, `shapes` what each is.
-std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& options, const std::string& folder,
-                                    const std::string& manifestPath, const std::string& target, ArchiveStream& out,
-                                    std::vector<std::string>& changes, std::vector<std::string>& shapes)
+// an archive in order, each written to `out` as it comes and then let go, so
+// that no more than the workers' lead is held at once; `changes` gets what
+// changed, `shapes` what each is.
+void packEntries(const PackPlan& plan, const PackOptions& options, const std::string& folder,
+                 const std::string& manifestPath, const std::string& target, ArchiveStream& out,
+                 std::vector<std::string>& changes, std::vector<std::string>& shapes)
 {
     const FileReader read = [&folder](const std::string& name) { return readBytes(inFolder(folder, name)); };
     TerminalWarnings warnings;
     std::vector<PackedEntry> packed(plan.entries->size());
-    auto archive = std::make_unique<File>();
     WorkProgress progress(folder, packed.size());
     const auto compute = [&](std::size_t i) {
         const unsigned int index = static_cast<unsigned int>(i);
@@ -53,15 +53,14 @@ std::unique_ptr<File> packedArchive(const PackPlan& plan, const PackOptions& opt
         if (outcome.failure)
             std::rethrow_exception(outcome.failure);
         if (!packed[i].change.empty())
-            changes.push_back(packed[i].change);
-        shapes.push_back(shapeOf(packed[i].entry.get()));
-        archive->push_back(packed[i].entry.get());
-        Content* entry = packed[i].entry.release();
+            changes.push_back(std::move(packed[i].change));
+        Content* entry = packed[i].entry.get();
+        shapes.push_back(shapeOf(entry));
         out.add(entry->data(), entry->size());
+        packed[i] = {};
         progress.advance();
     };
     inOrder(options.jobs, packed.size(), compute, deliver);
-    return archive;
 }
 
 // The header area the library's writer wrote against the one unpacked.
@@ -77,10 +76,10 @@ void noteHeader(const std::string& target, const Json& manifest, const std::stri
 }
 
 // What was packed, and every way it differs from the archive unpacked.
-void printSummary(File& archive, const std::string& folder, const std::string& target,
+void printSummary(std::size_t count, const std::string& folder, const std::string& target,
                   const std::vector<std::string>& changes, const Arrangement& arranged)
 {
-    std::cout << "packed " << entries(archive.size()) << " from " << folder << " into " << target << ", "
+    std::cout << "packed " << entries(count) << " from " << folder << " into " << target << ", "
               << changes.size() << " changed";
     for (const auto& [count, what] : {std::pair<unsigned int, const char*>{arranged.added, " added"},
                                       {arranged.moved, " moved"},
@@ -120,16 +119,15 @@ int pack(const PackOptions& options)
     requireNamedFiles(folder, held, *plan.entries, manifestPath, warnings);
 
     std::vector<std::string> changes, shapes;
-    std::unique_ptr<File> archive;
     Arrangement arranged;
     FolderFor made(target);
     writer.streamArchive(target, existing, [&](ArchiveStream& out) {
-        archive = packedArchive(plan, options, folder, manifestPath, target, out, changes, shapes);
+        packEntries(plan, options, folder, manifestPath, target, out, changes, shapes);
         arranged = arrangement(manifest, plan, shapes, target);
     });
     made.keep();
     noteHeader(target, manifest, manifestPath);
-    printSummary(*archive, folder, target, changes, arranged);
+    printSummary(shapes.size(), folder, target, changes, arranged);
     return EXIT_DONE;
 }
 

@@ -133,6 +133,22 @@ std::string changedParts(const Json& described, const std::map<std::string, std:
     return joined;
 }
 
+// The fingerprints of the files `names`, read once more: pack reads each
+// file once to make the entry, and only an entry that changed needs to know
+// which of its files did.
+std::map<std::string, std::string> fingerprintsOf(const std::set<std::string>& names, const PackPlace& place)
+{
+    std::vector<std::string> files;
+    for (const std::string& name : names)
+        files.push_back(place.read(name));
+    const std::vector<std::string> hashes = hashOfEach({files.begin(), files.end()});
+    std::map<std::string, std::string> fingerprints;
+    auto hash = hashes.begin();
+    for (const std::string& name : names)
+        fingerprints[name] = *hash++;
+    return fingerprints;
+}
+
 } // namespace
 
 PackPlan planPack(const Json& manifest, const std::string& manifestPath)
@@ -174,15 +190,15 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
     const Json& described = (*plan.entries)[index];
     PackedEntry packed;
     requireViewsAsWritten(described, place);
-    // What pack reads of each file, to say which changed; a table's text is
-    // kept to say which records.
-    std::map<std::string, std::string> read;
+    // The files the entry is made of; a table's text is kept to say which
+    // records changed.
+    std::set<std::string> read;
     std::string text;
     const std::string textFile = described.contains(key::RECORD_HASHES) ? described.value(key::FILE, "") : "";
     const PackPlace reading{place.manifest,
                             [&](const std::string& name) {
                                 std::string bytes = place.read(name);
-                                read[name] = hashOf(bytes);
+                                read.insert(name);
                                 if (name == textFile)
                                     text = bytes;
                                 return bytes;
@@ -196,7 +212,7 @@ PackedEntry packEntry(const PackPlan& plan, unsigned int index, const PackPlace&
         const std::string becomes = shapeOf(entry);
         const std::string change = shapeChange(described.value(key::SHAPE, ""), becomes);
         packed.change = entryName(target, index) + ": " + (change.empty() ? becomes : change) +
-                        changedParts(described, read, text, place);
+                        changedParts(described, fingerprintsOf(read, place), text, place);
     }
     return packed;
 }
