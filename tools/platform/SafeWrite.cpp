@@ -48,14 +48,22 @@ std::runtime_error systemFailure(const std::string& target)
     return cannotWrite(target, std::strerror(errno));
 }
 
-// The file a path finally names: a link is followed to where it points, so
-// that the link stays and its target is replaced.
-fs::path followLinks(fs::path path)
+// Where a write to a path lands: the file the path finally names (a link is
+// followed to where it points, so that the link stays and its target is
+// replaced), and what stands there, if anything.
+struct Landing {
+    fs::path file;
+    std::optional<struct stat> found;
+};
+
+Landing landingOf(fs::path path)
 {
     for (int hop = 0; hop < LINK_HOPS; ++hop) {
         struct stat status;
-        if (::lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode))
-            return path;
+        if (::lstat(path.c_str(), &status) != 0)
+            return {path, std::nullopt};
+        if (!S_ISLNK(status.st_mode))
+            return {path, status};
         const fs::path to = fs::read_symlink(path);
         path = to.is_absolute() ? to : path.parent_path() / to;
     }
@@ -209,13 +217,13 @@ const std::vector<SafeWriter::Input>& SafeWriter::protectedInputs() const
     return inputs;
 }
 
-bool SafeWriter::existingTarget(const std::string& target, Existing existing, struct stat& status) const
+bool SafeWriter::existingTarget(const std::string& target, const struct stat* found, Existing existing) const
 {
-    if (::stat(target.c_str(), &status) != 0)
+    if (found == nullptr)
         return false;
     requireRegularFile(target);
     for (const Input& input : protectedInputs())
-        if (input.device == status.st_dev && input.inode == status.st_ino)
+        if (input.device == found->st_dev && input.inode == found->st_ino)
             throw std::runtime_error("'" + target + "' is one of this command's inputs" +
                                      (input.path == target ? "" : " ('" + input.path + "')") + "; it is left as it is");
     if (existing == Existing::Refuse)
@@ -248,10 +256,11 @@ bool SafeWriter::remove(const std::string& target) const
 
 void SafeWriter::check(const std::string& target, Existing existing) const
 {
-    const std::string file = followLinks(target).string();
-    struct stat status;
-    existingTarget(file, existing, status);
+    const Landing landing = landingOf(target);
+    const std::string file = landing.file.string();
+    existingTarget(file, landing.found ? &*landing.found : nullptr, existing);
     // Found now, before the work that the write would crown.
+    struct stat status;
     if (::lstat((file + TEMPORARY_SUFFIX).c_str(), &status) == 0)
         throw inTheWay(file + TEMPORARY_SUFFIX, target);
 }
@@ -259,12 +268,12 @@ void SafeWriter::check(const std::string& target, Existing existing) const
 void SafeWriter::writeFile(const std::string& target, Existing existing,
                            const std::function<void(int descriptor, const std::string& temporary)>& fill) const
 {
-    const fs::path file = followLinks(target);
-    struct stat original;
-    const bool replacing = existingTarget(file.string(), existing, original);
+    const Landing landing = landingOf(target);
+    const fs::path& file = landing.file;
+    const bool replacing = existingTarget(file.string(), landing.found ? &*landing.found : nullptr, existing);
     Temporary temporary(file.string() + TEMPORARY_SUFFIX, target);
     if (replacing)
-        temporary.takeOwnerAndMode(original, target);
+        temporary.takeOwnerAndMode(*landing.found, target);
     fill(temporary.descriptor, temporary.path);
     // A file that takes another's place reaches the disk before the rename,
     // and the rename too, so that no crash leaves neither. A new file risks

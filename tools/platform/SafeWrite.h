@@ -96,8 +96,9 @@ private:
         std::string path;
     };
 
-    // Whether a file stands at `target`; throws when it may not be replaced.
-    bool existingTarget(const std::string& target, Existing existing, struct stat& status) const;
+    // Whether a file stands at `target` (`found`: what lstat found there,
+    // or null); throws when it may not be replaced.
+    bool existingTarget(const std::string& target, const struct stat* found, Existing existing) const;
 
     // The files protected, found out only when a write meets a file already
     // at its target: pack, given thousands, then looks up none of them for a
