@@ -82,6 +82,28 @@ void addRow(std::string name, std::string baseline, Measure measure, double limi
     rows().push_back({std::move(name), std::move(baseline), measure, limit});
 }
 
+namespace {
+
+// The benchmarks that run their baseline in pairs, by name.
+std::map<std::string, std::string>& pairedBaselines()
+{
+    static std::map<std::string, std::string> baselines;
+    return baselines;
+}
+
+} // namespace
+
+void addPairedRow(std::string name, std::string baseline, double limit)
+{
+    pairedBaselines()[name] = baseline;
+    addRow(std::move(name), std::move(baseline), Measure::SPEED, limit);
+}
+
+TableReporter::Result TableReporter::pairedBaseline(const Result& result, double ratio)
+{
+    return {result.seconds * ratio, result.bytesPerSecond / ratio, result.itemsPerSecond / ratio, 0, 0};
+}
+
 bool TableReporter::ReportContext(const Context& context)
 {
     PrintBasicContext(&std::cerr, context);
@@ -103,8 +125,12 @@ void TableReporter::ReportRuns(const std::vector<Run>& runs)
             continue;
         const std::string name = run.run_name.function_name;
         const double seconds = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-        results[name] = {seconds, counter(run, "bytes_per_second"), counter(run, "items_per_second"),
-                         counter(run, PEAK_COUNTER), counter(run, ARCHIVE_COUNTER)};
+        const Result& result = results[name] = {seconds, counter(run, "bytes_per_second"),
+                                                counter(run, "items_per_second"), counter(run, PEAK_COUNTER),
+                                                counter(run, ARCHIVE_COUNTER)};
+        const auto paired = pairedBaselines().find(name);
+        if (paired != pairedBaselines().end() && counter(run, PAIR_RATIO_COUNTER) > 0)
+            results[paired->second] = pairedBaseline(result, counter(run, PAIR_RATIO_COUNTER));
         std::cerr << name << ": " << duration(seconds) << '\n';
     }
 }

@@ -19,6 +19,10 @@ enum class Measure { TIME, SPEED, PEAK };
 constexpr const char* PEAK_COUNTER = "peak_bytes";
 constexpr const char* ARCHIVE_COUNTER = "archive_bytes";
 
+// What a benchmark that times its work in pairs with a baseline reports: the
+// baseline's time over its own in each pair (see addPairedRow).
+constexpr const char* PAIR_RATIO_COUNTER = "pair_ratio";
+
 // One line of the table. `baseline` names another benchmark of the same run;
 // `limit` is the target on the ratio (an upper bound for TIME, a lower bound
 // for SPEED), 0 when the row only shows its ratio.
@@ -32,6 +36,10 @@ struct Row {
 // The rows in table order; each benchmark file appends its own.
 std::vector<Row>& rows();
 void addRow(std::string name, std::string baseline, Measure measure, double limit = 0);
+// A SPEED row of a benchmark that runs its baseline itself, in pairs: the
+// ratio is the median of the pairs' ratios, and the baseline's time the one
+// that ratio gives.
+void addPairedRow(std::string name, std::string baseline, double limit);
 
 // Keeps the measurements of the run (the median when there are repetitions)
 // and reports progress on stderr, so that stdout carries only the table.
@@ -52,6 +60,10 @@ private:
         double peakBytes;
         double archiveBytes;
     };
+
+    // The baseline of a benchmark that ran it in pairs, as the pairs' median
+    // ratio gives it.
+    static Result pairedBaseline(const Result& result, double ratio);
 
     const Result* find(const std::string& name);
     double ratio(const Row& row, const Result& result, const Result& base);
