@@ -76,10 +76,10 @@ void noteHeader(const std::string& target, const Json& manifest, const std::stri
 }
 
 // What was packed, and every way it differs from the archive unpacked.
-void printSummary(std::size_t count, const std::string& folder, const std::string& target,
+void printSummary(std::size_t packed, const std::string& folder, const std::string& target,
                   const std::vector<std::string>& changes, const Arrangement& arranged)
 {
-    std::cout << "packed " << entries(count) << " from " << folder << " into " << target << ", "
+    std::cout << "packed " << entries(packed) << " from " << folder << " into " << target << ", "
               << changes.size() << " changed";
     for (const auto& [count, what] : {std::pair<unsigned int, const char*>{arranged.added, " added"},
                                       {arranged.moved, " moved"},

@@ -54,6 +54,8 @@ std::runtime_error systemFailure(const std::string& target)
 struct Landing {
     fs::path file;
     std::optional<struct stat> found;
+
+    const struct stat* standing() const { return found ? &*found : nullptr; }
 };
 
 Landing landingOf(fs::path path)
@@ -258,7 +260,7 @@ void SafeWriter::check(const std::string& target, Existing existing) const
 {
     const Landing landing = landingOf(target);
     const std::string file = landing.file.string();
-    existingTarget(file, landing.found ? &*landing.found : nullptr, existing);
+    existingTarget(file, landing.standing(), existing);
     // Found now, before the work that the write would crown.
     struct stat status;
     if (::lstat((file + TEMPORARY_SUFFIX).c_str(), &status) == 0)
@@ -270,7 +272,7 @@ void SafeWriter::writeFile(const std::string& target, Existing existing,
 {
     const Landing landing = landingOf(target);
     const fs::path& file = landing.file;
-    const bool replacing = existingTarget(file.string(), landing.found ? &*landing.found : nullptr, existing);
+    const bool replacing = existingTarget(file.string(), landing.standing(), existing);
     Temporary temporary(file.string() + TEMPORARY_SUFFIX, target);
     if (replacing)
         temporary.takeOwnerAndMode(*landing.found, target);
