@@ -245,6 +245,15 @@ public:
         return folders;
     }
 
+    // What `command` takes, made before the clock runs: the archives, and
+    // for pack the folders unpacked of them.
+    void prepare(const std::string& command, unsigned int count, Source source)
+    {
+        inputs(count, source);
+        if (command == "pack")
+            unpacked(count, source);
+    }
+
     std::string path(const std::string& name) const { return archives->folder().path(name); }
 
     // Where the tool's stderr goes, to be shown when it fails.
@@ -294,10 +303,7 @@ ToolTaken runCommand(ToolWorkloads& work, const std::string& command, unsigned i
 void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& command, unsigned int jobs,
              unsigned int count, Source source)
 {
-    // The inputs are made before the clock runs.
-    work.inputs(count, source);
-    if (command == "pack")
-        work.unpacked(count, source);
+    work.prepare(command, count, source);
     double peak = 0;
     try {
         for (auto _ : state) {
@@ -322,10 +328,7 @@ void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& co
 // taken tens of thousands of files, moved the ratio by half.
 void pairedSetRun(benchmark::State& state, ToolWorkloads& work, const std::string& command)
 {
-    // The inputs are made before the clock runs.
-    work.inputs(SET_SIZE, Source::MIXED);
-    if (command == "pack")
-        work.unpacked(SET_SIZE, Source::MIXED);
+    work.prepare(command, SET_SIZE, Source::MIXED);
     static unsigned int pairs = 0;
     double ratios = 0;
     try {
