@@ -1,6 +1,7 @@
 // A signal that ends the tool in the middle of a write, from whatever
 // thread it lands on, takes the temporary file with it and leaves the
-// target as it was; one ignored from the start stays ignored.
+// target as it was; one ignored from the start stays ignored. A new file
+// is not even left by a kill that no handler sees.
 
 #include "tests/support/Fixtures.h"
 #include "tools/platform/SafeWrite.h"
@@ -92,5 +93,35 @@ const Interruption INTERRUPTIONS[] = {
 
 INSTANTIATE_TEST_SUITE_P(Signals, Interrupted, testing::ValuesIn(INTERRUPTIONS),
                          [](const testing::TestParamInfo<Interruption>& info) { return std::string(info.param.name); });
+
+// Whether `process` has a file open in `folder`: the file it writes.
+bool writingInto(pid_t process, const std::string& folder)
+{
+    std::error_code error;
+    for (const auto& open : std::filesystem::directory_iterator("/proc/" + std::to_string(process) + "/fd", error))
+        if (std::filesystem::read_symlink(open.path(), error).string().rfind(folder, 0) == 0)
+            return true;
+    return false;
+}
+
+TEST(Killed, HalfWayThroughANewFileLeavesNothingOfIt)
+{
+    fixtures::TempDir dir;
+    const std::string target = dir.path("FRAMES.png");
+    constexpr std::size_t SIZE = 256u << 20; // long enough to be caught writing
+    const pid_t child = ::fork();
+    if (child == 0) {
+        lbxtool::SafeWriter().writeBytes(target, std::string(SIZE, 'x'), lbxtool::Existing::Refuse);
+        ::_exit(0);
+    }
+    const auto giveUp = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!writingInto(child, dir.path("")) && std::chrono::steady_clock::now() < giveUp)
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    ::kill(child, SIGKILL);
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFSIGNALED(status)) << "the write ended before the kill; status " << status;
+    EXPECT_TRUE(std::filesystem::is_empty(dir.path(""))) << "a part of the file stays behind";
+}
 
 } // namespace

@@ -139,12 +139,7 @@ public:
     {
         UnpackedEntry done = std::move(opened.entries[i]);
         for (const auto& [name, bytes] : done.files) {
-            // Into an empty folder, each file is new; the manifest, written
-            // last, crowns them.
-            if (existing == Existing::Refuse)
-                writer.writeNew(inFolder(opened.folder, name), bytes);
-            else
-                writer.writeBytes(inFolder(opened.folder, name), bytes, existing);
+            writer.writeBytes(inFolder(opened.folder, name), bytes, existing);
             opened.written.insert(name);
         }
         opened.manifest[key::ENTRIES].push_back(std::move(done.manifest));

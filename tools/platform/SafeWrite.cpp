@@ -73,7 +73,7 @@ Landing landingOf(fs::path path)
 }
 
 // The temporary file: created here, removed again unless it took the
-// target's place, or is kept where it was made.
+// target's place.
 class Temporary {
 public:
     Temporary(std::string path, const std::string& target) : path(std::move(path))
@@ -123,8 +123,6 @@ public:
             throw systemFailure(target);
         placed = true;
     }
-
-    void keep() { placed = true; }
 
     std::string path;
     int descriptor = -1;
@@ -181,6 +179,29 @@ std::string roomProblem(int descriptor, const std::string& otherwise)
     if (::fallocate(descriptor, FALLOC_FL_KEEP_SIZE, status.st_size, PROBE) == 0 || errno == EOPNOTSUPP)
         return otherwise;
     return std::strerror(errno);
+}
+
+// Writes `bytes` into a file without a name in the folder of `file`, and
+// then names it `file`, which fails when anything stands there by then.
+// Whether it did: not where the file system has no such files, nor when a
+// file took the place that `existing` lets the caller's own write replace.
+bool linkedWhole(const fs::path& file, const std::string& bytes, const std::string& target, Existing existing)
+{
+    const fs::path folder = file.parent_path();
+    const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, NEW_FILE_MODE);
+    if (descriptor < 0)
+        return false;
+    const struct Closed {
+        int descriptor;
+        ~Closed() { ::close(descriptor); }
+    } closed{descriptor};
+    writeAll(descriptor, bytes.data(), bytes.size(), target);
+    const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor);
+    if (::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file.c_str(), AT_SYMLINK_FOLLOW) == 0)
+        return true;
+    if (errno == EEXIST && existing == Existing::Refuse)
+        throw alreadyThere(target);
+    return false;
 }
 
 } // namespace
@@ -287,19 +308,12 @@ void SafeWriter::writeFile(const std::string& target, Existing existing,
         syncFolder(file.parent_path());
 }
 
-void SafeWriter::writeNew(const std::string& target, const std::string& bytes) const
-{
-    struct stat status;
-    if (::lstat(target.c_str(), &status) == 0)
-        throw alreadyThere(target);
-    Temporary file(target, target);
-    writeAll(file.descriptor, bytes.data(), bytes.size(), target);
-    file.close(false, target);
-    file.keep();
-}
-
 void SafeWriter::writeBytes(const std::string& target, const std::string& bytes, Existing existing) const
 {
+    const Landing landing = landingOf(target);
+    if (!existingTarget(landing.file.string(), landing.standing(), existing) &&
+        linkedWhole(landing.file, bytes, target, existing))
+        return;
     writeFile(target, existing, [&](int descriptor, const std::string&) {
         writeAll(descriptor, bytes.data(), bytes.size(), target);
     });

@@ -13,8 +13,8 @@
 // behind), gives it the mode and owner of the file it replaces, syncs it to
 // the disk when it replaces one and renames it over the target; a symbolic
 // link stays a link and its target is what changes. A failure at any point
-// removes the temporary file and leaves the target as it was. (writeNew,
-// below, makes a file where nothing stood, in place.)
+// removes the temporary file and leaves the target as it was. (writeBytes,
+// below, makes a file where nothing stood without a temporary name.)
 namespace lbxtool {
 
 using zorv2::Lbx::File;
@@ -64,16 +64,13 @@ public:
     void writeFile(const std::string& target, Existing existing,
                    const std::function<void(int descriptor, const std::string& temporary)>& fill) const;
 
-    // Writes `bytes` as they stand.
+    // Writes `bytes` as they stand. Where nothing stands at the target, they
+    // go into a file without a name in its folder, which takes the target's
+    // name once whole: nothing of it can be left behind, not even by a kill
+    // that no handler sees, and it costs the folder one change instead of a
+    // temporary file's two (export and unpack make thousands). Where the
+    // file system has no files without names, as any other write.
     void writeBytes(const std::string& target, const std::string& bytes, Existing existing = Existing::Replace) const;
-
-    // Writes `bytes` into a new file at `target`, made in place, and
-    // refuses when anything stands there; a failure or a signal removes it
-    // again. Only for a file among many in a folder that a last one crowns
-    // (unpack's manifest): until that one is written the folder is
-    // unfinished anyway, and the temporary file's rename would cost each
-    // file a second change to the folder.
-    void writeNew(const std::string& target, const std::string& bytes) const;
 
     // Writes `archive` through the library, and reads the header of what was
     // written back before it takes the target's place.
