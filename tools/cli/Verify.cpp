@@ -85,7 +85,7 @@ public:
     // An entry's result is a few lines, and entries differ a thousandfold in
     // what re-creating them costs: with a few tasks of lead, a worker on a
     // large animation kept the other waiting (1.6x on two cores, 1.9x so).
-    std::size_t leadPerWorker() const override { return VERIFY_LEAD; }
+    std::size_t leadPerWorker(std::uintmax_t) const override { return VERIFY_LEAD; }
 
     void deliver(VerifiedArchive& opened, std::size_t i) override
     {

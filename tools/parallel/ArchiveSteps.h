@@ -5,9 +5,12 @@
 #include "tools/parallel/Workers.h"
 #include "tools/platform/Report.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstdint>
 #include <cstddef>
 #include <exception>
+#include <filesystem>
 #include <future>
 #include <limits>
 #include <memory>
@@ -35,8 +38,21 @@ public:
     virtual void deliver(Archive& archive, std::size_t entry) = 0;
     virtual void finish(Archive& archive) = 0;
     // How many entries each worker may work on ahead of the one delivered
-    // next (see inOrder).
-    virtual std::size_t leadPerWorker() const { return LEAD_PER_WORKER; }
+    // next (see inOrder), given the archives' size over their entries'
+    // count. What a worker made waits in memory for its turn, and it grows
+    // with the entry: small entries may have more ahead, so that a worker
+    // does not run out of them while the calling thread computes a large
+    // one (export of 20 archives of small entries: the worker waited for
+    // room 0.3-0.6 s a run with 16 entries, not at all with 64).
+    virtual std::size_t leadPerWorker(std::uintmax_t averageEntry) const
+    {
+        constexpr std::uintmax_t HELD_PER_WORKER = std::uintmax_t{4} << 20; // of entries as stored
+        constexpr std::uintmax_t MOST_AHEAD = 64;
+        if (averageEntry == 0)
+            return MOST_AHEAD;
+        return static_cast<std::size_t>(
+            std::clamp<std::uintmax_t>(HELD_PER_WORKER / averageEntry, LEAD_PER_WORKER, MOST_AHEAD));
+    }
 };
 
 // The units of work of archives taken through steps: opening each archive,
@@ -51,6 +67,9 @@ public:
             try {
                 requireRegularFile(paths[a]);
                 tracks[a].entries = steps.plan(a);
+                std::error_code unknown;
+                const std::uintmax_t size = std::filesystem::file_size(paths[a], unknown);
+                archiveBytes += unknown ? 0 : size;
             } catch (...) {
                 tracks[a].unfit = std::current_exception();
             }
@@ -63,6 +82,13 @@ public:
     }
 
     std::size_t count() const { return units.size(); }
+
+    // The archives' size over their entries' count.
+    std::uintmax_t averageEntry() const
+    {
+        const std::size_t entries = units.size() - tracks.size();
+        return entries == 0 ? 0 : archiveBytes / entries;
+    }
 
     // Each archive is opened while the entries of the one before are worked on.
     std::vector<std::size_t> takingOrder() const
@@ -161,6 +187,7 @@ private:
     std::vector<Track> tracks;
     std::vector<Unit> units;
     std::vector<std::size_t> first; // each archive's opening unit
+    std::uintmax_t archiveBytes = 0; // of those planned
 };
 
 // Takes each archive of `paths` through `steps`, its entries spread over up
@@ -176,7 +203,7 @@ int forEachArchive(unsigned int jobs, const std::vector<std::string>& paths, Arc
     inOrder(
         jobs, run.count(), [&run](std::size_t u) { run.compute(u); },
         [&run](std::size_t u, const Outcome& outcome) { run.deliver(u, outcome); }, run.takingOrder(),
-        steps.leadPerWorker());
+        steps.leadPerWorker(run.averageEntry()));
     return run.status;
 }
 
