@@ -314,6 +314,8 @@ void SafeWriter::writeBytes(const std::string& target, const std::string& bytes,
     if (!existingTarget(landing.file.string(), landing.standing(), existing) &&
         linkedWhole(landing.file, bytes, target, existing))
         return;
+    // Lands again: a replacement's lookups are nothing beside its syncs, and
+    // a file may have taken the place since.
     writeFile(target, existing, [&](int descriptor, const std::string&) {
         writeAll(descriptor, bytes.data(), bytes.size(), target);
     });
