@@ -28,12 +28,6 @@ using namespace lbxtool;
 
 namespace {
 
-// A text table of `records`.
-Content* table(std::vector<std::string> records)
-{
-    return Content::Text::create(records);
-}
-
 // What the core said, in order.
 class Heard : public Warnings {
 public:

@@ -11,11 +11,6 @@ using namespace lbxtool;
 
 namespace {
 
-Content* table(std::vector<std::string> records)
-{
-    return Content::Text::create(records);
-}
-
 // A graphic of `frames` frames of 3x2 whose pixels take index `first` + frame.
 Content* picture(unsigned int frames, unsigned int first)
 {

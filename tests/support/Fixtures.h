@@ -129,6 +129,12 @@ private:
     std::filesystem::path root;
 };
 
+// A text table of `records`.
+inline Content* table(std::vector<std::string> records)
+{
+    return Content::Text::create(records);
+}
+
 inline Bytes readFile(const std::string& path)
 {
     std::ifstream in(path, std::ios::binary);

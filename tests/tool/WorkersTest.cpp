@@ -12,7 +12,8 @@
 #include <vector>
 
 using lbxtool::inOrder;
-using lbxtool::Outcome;
+// What a task left behind: the tests of commands call a run of the tool Outcome.
+using TaskOutcome = lbxtool::Outcome;
 
 namespace {
 
@@ -25,7 +26,7 @@ void slowerWhenEarlier(std::size_t i)
     std::this_thread::sleep_for(std::chrono::microseconds(50 * (TASKS - i)));
 }
 
-std::string failureText(const Outcome& outcome)
+std::string failureText(const TaskOutcome& outcome)
 {
     try {
         if (outcome.failure)
@@ -51,7 +52,7 @@ TEST(Workers, DeliverInTaskOrderWhatEachTaskComputedWhateverTheNumberOfWorkers)
                 if (i % 7 == 3)
                     throw std::runtime_error("task " + std::to_string(i));
             },
-            [&](std::size_t i, const Outcome& outcome) {
+            [&](std::size_t i, const TaskOutcome& outcome) {
                 delivered.push_back(computed[i]);
                 failures.push_back(failureText(outcome));
             });
@@ -73,7 +74,7 @@ TEST(Workers, TheCallingThreadDeliversEverythingAndIsOneOfTheWorkers)
                 slowerWhenEarlier(i);
                 computers[i] = std::this_thread::get_id();
             },
-            [&](std::size_t i, const Outcome&) { deliverers[i] = std::this_thread::get_id(); });
+            [&](std::size_t i, const TaskOutcome&) { deliverers[i] = std::this_thread::get_id(); });
         std::set<std::thread::id> threads(computers.begin(), computers.end());
         EXPECT_LE(threads.size(), jobs);
         for (std::size_t i = 0; i < TASKS; ++i) {
@@ -114,7 +115,7 @@ TEST(Workers, AFailedDeliveryStopsTheRunAndNoLaterOneIsMade)
                             std::this_thread::yield();
                         done[i] = true;
                     },
-                    [&](std::size_t i, const Outcome&) {
+                    [&](std::size_t i, const TaskOutcome&) {
                         delivered.push_back(i);
                         if (i == GROUP + 2)
                             throw std::runtime_error("stop");
@@ -143,7 +144,7 @@ TEST(Workers, StayNoMoreTasksAheadOfTheDeliveriesThanTheirLead)
                     while (ahead > most && !mostAhead.compare_exchange_weak(most, ahead)) {
                     }
                 },
-                [&](std::size_t, const Outcome&) {
+                [&](std::size_t, const TaskOutcome&) {
                     std::this_thread::sleep_for(std::chrono::milliseconds(1));
                     ++delivered;
                 },
@@ -177,7 +178,7 @@ TEST(Workers, WarningsAndErrorsOfTasksComeOutInTaskOrderAndEachWarningOnce)
                 if (i % 2 == 0)
                     lbxtool::warn("task " + std::to_string(i) + round);
             },
-            [&](std::size_t i, const Outcome& outcome) {
+            [&](std::size_t i, const TaskOutcome& outcome) {
                 outcome.said.say();
                 lbxtool::reportError("failed " + std::to_string(i));
             });

@@ -23,7 +23,6 @@ const std::string BYTE_ORDER_MARK = "\xEF\xBB\xBF";
 // first offset, which always points behind the header area. A cut-off or
 // damaged archive keeps them and is still an archive.
 constexpr std::size_t ARCHIVE_HEAD = 12;
-constexpr unsigned int LARGEST_ARCHIVE = 509;
 constexpr std::uint32_t ARCHIVE_SIGNATURE = 0x0000FEAD;
 
 // A RIFF file: "RIFF", the length of what follows the first 8 bytes, the

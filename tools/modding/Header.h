@@ -1,6 +1,7 @@
 #ifndef ZORV2_LBX_TOOLS_MODDING_HEADER_H
 #define ZORV2_LBX_TOOLS_MODDING_HEADER_H
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ ArchiveHeader readHeader(const std::string& path);
 
 // The size of the header area in front of an archive's entries.
 constexpr std::size_t HEADER_AREA_SIZE = 2048;
+// The most entries an archive holds.
+constexpr unsigned int LARGEST_ARCHIVE = 509;
 
 // The header area the library's writer puts before entries of these sizes:
 // the count, the offsets, the tag word where it fits, zeros behind.

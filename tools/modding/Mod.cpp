@@ -51,7 +51,6 @@ constexpr const char* NUMBER = "number";
 
 // A text table: a count and a length of 16 bits each, then the records.
 constexpr std::size_t TABLE_HEAD = 4;
-constexpr unsigned int LARGEST_ARCHIVE = 509;
 constexpr unsigned int LARGEST_FIELD = 0xFFFF;
 constexpr unsigned int LARGEST_SIZE = 0xFFFFFFFF;
 

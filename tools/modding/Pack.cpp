@@ -2,6 +2,7 @@
 
 #include "tools/modding/EntryView.h"
 #include "tools/modding/Hash.h"
+#include "tools/modding/Header.h"
 #include "tools/modding/Names.h"
 
 #include <algorithm>
@@ -12,8 +13,6 @@
 namespace lbxtool {
 
 namespace {
-
-constexpr unsigned int LARGEST_ARCHIVE = 509;
 
 bool endsWith(const std::string& text, const std::string& end)
 {
