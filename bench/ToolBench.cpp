@@ -275,26 +275,16 @@ void countArchives(benchmark::State& state, const Archive& archive, unsigned int
     state.SetItemsProcessed(state.iterations() * archive.entries * count);
 }
 
-// One command of the tool on `count` archives; pack, which takes one folder
-// at a time, packs each folder that unpack made of them: the time of all its
-// runs, and the highest peak of memory among them.
+// One command of the tool on `count` archives; pack takes the folders that
+// unpack made of them.
 ToolTaken runCommand(ToolWorkloads& work, const std::string& command, unsigned int jobs, unsigned int count,
                      Source source, const std::string& out)
 {
     const std::vector<std::string> inputs = work.inputs(count, source);
     const std::vector<std::string> jobsSet = jobsArguments(jobs);
-    if (command == "pack") {
-        ToolTaken all;
-        for (const std::string& folder : work.unpacked(count, source)) {
-            const ToolTaken one = runTool(
-                std::vector<std::string>{"pack", folder, "-o", out + "/" + fs::path(folder).filename().string() + ".LBX"} +
-                    jobsSet,
-                work.said());
-            all.seconds += one.seconds;
-            all.peak = std::max(all.peak, one.peak);
-        }
-        return all;
-    }
+    if (command == "pack")
+        return runTool(std::vector<std::string>{"pack", "-o", out + "/"} + jobsSet + work.unpacked(count, source),
+                       work.said());
     if (command == "verify")
         return runTool(std::vector<std::string>{"verify"} + jobsSet + inputs, work.said());
     return runTool(std::vector<std::string>{command, "-o", out} + jobsSet + inputs, work.said());

@@ -220,3 +220,69 @@ TEST_F(EditLoopFolder, PacksSummarySaysWhatMovedCameAndWent)
         EXPECT_EQ(run.err.find("header area"), std::string::npos) << c.what << ": its offsets alone changed";
     }
 }
+
+TEST_F(EditLoopFolder, PackOfSeveralFoldersWritesEachArchiveWhereItsOwnWouldGo)
+{
+    std::vector<std::string> unpack = {"unpack", "-o", dir.path("mod")};
+    for (const std::string& archive : wholeSample())
+        unpack.push_back(archive);
+    ASSERT_EQ(lbx(unpack).status, 0);
+    std::vector<std::string> folders;
+    for (const char* stem : {"CONFIRM", "FONTS", "INBOX", "SPHERSFX", "STARNAME"})
+        folders.push_back(dir.path("mod/") + stem);
+    for (const char* jobs : {"1", "2"}) {
+        const std::string out = dir.path(std::string("out") + jobs);
+        std::vector<std::string> pack = {"pack", "-j", jobs, "-o", out};
+        pack.insert(pack.end(), folders.begin(), folders.end());
+        const Outcome run = lbx(pack);
+        EXPECT_EQ(run.status, 0) << run.err;
+        EXPECT_EQ(run.err, "");
+        std::string said;
+        for (const std::string& folder : folders) {
+            const std::string name = fs::path(folder).filename().string() + ".LBX";
+            EXPECT_TRUE(sameBytes(out + "/" + name, sample(name))) << name;
+            said += "packed " + std::to_string(File(sample(name)).size()) + " entries from " + folder + " into " +
+                    out + "/" + name + ", 0 changed\n";
+        }
+        EXPECT_EQ(run.out, said);
+    }
+    // Without -o, each beside its folder.
+    ASSERT_EQ(lbx({"pack", folders[2], folders[4]}).status, 0);
+    EXPECT_TRUE(sameBytes(dir.path("mod/INBOX.LBX"), sample("INBOX.LBX")));
+    EXPECT_TRUE(sameBytes(dir.path("mod/STARNAME.LBX"), sample("STARNAME.LBX")));
+    // One folder and -o naming a folder: into it.
+    ASSERT_EQ(lbx({"pack", folders[0], "-o", dir.path("out1")}).status, 1);
+    ASSERT_EQ(lbx({"pack", folders[0], "-o", dir.path("one/")}).status, 0);
+    EXPECT_TRUE(sameBytes(dir.path("one/CONFIRM.LBX"), sample("CONFIRM.LBX")));
+}
+
+TEST_F(EditLoopFolder, AFolderThatCannotBePackedLeavesTheOthersPacked)
+{
+    const std::string inbox = unpacked("INBOX.LBX"), starname = unpacked("STARNAME.LBX"), out = dir.path("out");
+    fs::remove(inbox + "/INBOX_001_003.png");
+    const std::string busy = put("out/CONFIRM.LBX", "mine");
+    const std::string confirm = unpacked("CONFIRM.LBX");
+    const Outcome run = lbx({"pack", "-o", out, inbox, dir.path("nowhere"), confirm, starname, starname + "/"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "lbx: '" + inbox + "/INBOX_001_003.png' is missing (entry 1 of '" + inbox + "/archive.json')\n"
+                       "lbx: '" + dir.path("nowhere") + "' is not a folder\n"
+                       "lbx: '" + busy + "' already exists; --force replaces it\n"
+                       "lbx: '" + starname + "' packs into '" + out + "/STARNAME.LBX' as '" + starname +
+                           "' does; pack one of them on its own\n");
+    EXPECT_EQ(run.out.rfind("packed ", 0), 0u);
+    EXPECT_FALSE(fs::exists(out + "/INBOX.LBX"));
+    EXPECT_EQ(readFile(busy), "mine");
+    EXPECT_TRUE(sameBytes(out + "/STARNAME.LBX", sample("STARNAME.LBX")));
+    EXPECT_EQ(std::distance(fs::directory_iterator(out), fs::directory_iterator()), 2);
+}
+
+TEST_F(EditLoopFolder, SeveralFoldersPackIntoAFolderAndNoFile)
+{
+    const std::string inbox = unpacked("INBOX.LBX"), starname = unpacked("STARNAME.LBX");
+    const std::string file = put("out.lbx", "mine");
+    const Outcome run = lbx({"pack", inbox, starname, "-o", file});
+    EXPECT_EQ(run.status, 2);
+    EXPECT_EQ(run.err, "lbx: -o names the folder the archives go into when several folders are packed, and '" +
+                           file + "' is a file; see 'lbx pack --help'\n");
+    EXPECT_EQ(readFile(file), "mine");
+}

@@ -29,8 +29,17 @@ template <typename Archive>
 class ArchiveSteps {
 public:
     virtual ~ArchiveSteps() = default;
-    // For each archive that is a regular file, in order, before anything
-    // else: the number of entries it is taken in.
+    // For each path, in order, before anything else: its size, which sets
+    // the lead; throws unless the command takes it. By default an archive:
+    // a regular file, or nothing, which opening then reports.
+    virtual std::uintmax_t takenSize(const std::string& path) const
+    {
+        requireRegularFile(path);
+        std::error_code unknown;
+        const std::uintmax_t size = std::filesystem::file_size(path, unknown);
+        return unknown ? 0 : size;
+    }
+    // For each path taken, in order: the number of entries it is taken in.
     virtual std::size_t plan(std::size_t archive) = 0;
     virtual std::unique_ptr<Archive> open(std::size_t archive, std::size_t entries) = 0;
     virtual void begin(Archive&) {}
@@ -65,11 +74,9 @@ public:
     {
         for (std::size_t a = 0; a < paths.size(); ++a) {
             try {
-                requireRegularFile(paths[a]);
+                const std::uintmax_t size = steps.takenSize(paths[a]);
                 tracks[a].entries = steps.plan(a);
-                std::error_code unknown;
-                const std::uintmax_t size = std::filesystem::file_size(paths[a], unknown);
-                archiveBytes += unknown ? 0 : size;
+                archiveBytes += size;
             } catch (...) {
                 tracks[a].unfit = std::current_exception();
             }

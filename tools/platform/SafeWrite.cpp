@@ -206,22 +206,60 @@ bool linkedWhole(const fs::path& file, const std::string& bytes, const std::stri
 
 } // namespace
 
-ArchiveStream::ArchiveStream(int descriptor, const std::string& target) : descriptor(descriptor), target(target)
+// A write under way: its temporary file beside where it lands, which takes
+// that place once filled, or goes again.
+class PendingWrite {
+public:
+    PendingWrite(Landing landing, bool replacing, const std::string& target)
+        : landing(std::move(landing)), replacing(replacing), target(target),
+          temporary(this->landing.file.string() + TEMPORARY_SUFFIX, target)
+    {
+        if (replacing)
+            temporary.takeOwnerAndMode(*this->landing.found, target);
+    }
+
+    int descriptor() const { return temporary.descriptor; }
+    const std::string& temporaryPath() const { return temporary.path; }
+    const std::string& targetPath() const { return target; }
+
+    // A file that takes another's place reaches the disk before the rename,
+    // and the rename too, so that no crash leaves neither. A new file risks
+    // nothing of the user's: it is not made to wait for the disk, which
+    // would cost a folder of many files seconds.
+    void place()
+    {
+        temporary.close(replacing, target);
+        temporary.replace(landing.file, target);
+        if (replacing)
+            syncFolder(landing.file.parent_path());
+    }
+
+private:
+    const Landing landing;
+    const bool replacing;
+    const std::string target; // what failures name
+    Temporary temporary;
+};
+
+ArchiveStream::ArchiveStream(std::unique_ptr<PendingWrite> pending) : pending(std::move(pending))
 {
-    seekTo(descriptor, HEADER_AREA_SIZE, target);
+    seekTo(this->pending->descriptor(), HEADER_AREA_SIZE, this->pending->targetPath());
 }
+
+ArchiveStream::~ArchiveStream() = default;
 
 void ArchiveStream::add(const char* data, std::size_t size)
 {
-    writeAll(descriptor, data, size, target);
+    writeAll(pending->descriptor(), data, size, pending->targetPath());
     sizes.push_back(size);
 }
 
-void ArchiveStream::finish()
+void ArchiveStream::keep()
 {
     const std::string area = writtenHeader(sizes);
-    seekTo(descriptor, 0, target);
-    writeAll(descriptor, area.data(), area.size(), target);
+    seekTo(pending->descriptor(), 0, pending->targetPath());
+    writeAll(pending->descriptor(), area.data(), area.size(), pending->targetPath());
+    pending->place();
 }
 
 void SafeWriter::protect(const std::vector<std::string>& paths)
@@ -254,14 +292,9 @@ bool SafeWriter::existingTarget(const std::string& target, const struct stat* fo
     return true;
 }
 
-void SafeWriter::streamArchive(const std::string& target, Existing existing,
-                               const std::function<void(ArchiveStream&)>& make) const
+std::unique_ptr<ArchiveStream> SafeWriter::streamArchive(const std::string& target, Existing existing) const
 {
-    writeFile(target, existing, [&](int descriptor, const std::string&) {
-        ArchiveStream stream(descriptor, target);
-        make(stream);
-        stream.finish();
-    });
+    return std::unique_ptr<ArchiveStream>(new ArchiveStream(begin(target, existing)));
 }
 
 bool SafeWriter::remove(const std::string& target) const
@@ -288,24 +321,19 @@ void SafeWriter::check(const std::string& target, Existing existing) const
         throw inTheWay(file + TEMPORARY_SUFFIX, target);
 }
 
+std::unique_ptr<PendingWrite> SafeWriter::begin(const std::string& target, Existing existing) const
+{
+    Landing landing = landingOf(target);
+    const bool replacing = existingTarget(landing.file.string(), landing.standing(), existing);
+    return std::make_unique<PendingWrite>(std::move(landing), replacing, target);
+}
+
 void SafeWriter::writeFile(const std::string& target, Existing existing,
                            const std::function<void(int descriptor, const std::string& temporary)>& fill) const
 {
-    const Landing landing = landingOf(target);
-    const fs::path& file = landing.file;
-    const bool replacing = existingTarget(file.string(), landing.standing(), existing);
-    Temporary temporary(file.string() + TEMPORARY_SUFFIX, target);
-    if (replacing)
-        temporary.takeOwnerAndMode(*landing.found, target);
-    fill(temporary.descriptor, temporary.path);
-    // A file that takes another's place reaches the disk before the rename,
-    // and the rename too, so that no crash leaves neither. A new file risks
-    // nothing of the user's: it is not made to wait for the disk, which
-    // would cost a folder of many files seconds.
-    temporary.close(replacing, target);
-    temporary.replace(file, target);
-    if (replacing)
-        syncFolder(file.parent_path());
+    const std::unique_ptr<PendingWrite> pending = begin(target, existing);
+    fill(pending->descriptor(), pending->temporaryPath());
+    pending->place();
 }
 
 void SafeWriter::writeBytes(const std::string& target, const std::string& bytes, Existing existing) const

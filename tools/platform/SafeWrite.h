@@ -4,6 +4,7 @@
 #include "archive/File.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -31,18 +32,27 @@ inline Existing replaceIf(bool force)
     return force ? Existing::Replace : Existing::Refuse;
 }
 
-// An archive written into a file entry by entry, as it is made, so that
-// writing it overlaps making it; its header area goes in last, the one the
-// library's writer writes for those entries.
+class PendingWrite;
+
+// An archive written into a temporary file entry by entry, as it is made,
+// so that writing it overlaps making it; its header area goes in last, the
+// one the library's writer writes for those entries. It takes the target's
+// place when kept; dropped before, it goes again and leaves the target as it
+// was.
 class ArchiveStream {
 public:
-    ArchiveStream(int descriptor, const std::string& target);
+    ~ArchiveStream();
+    ArchiveStream(const ArchiveStream&) = delete;
+    ArchiveStream& operator=(const ArchiveStream&) = delete;
+
     void add(const char* data, std::size_t size);
-    void finish();
+    void keep();
 
 private:
-    int descriptor;
-    std::string target; // what failures name
+    friend class SafeWriter;
+    explicit ArchiveStream(std::unique_ptr<PendingWrite> pending);
+
+    std::unique_ptr<PendingWrite> pending;
     std::vector<std::size_t> sizes;
 };
 
@@ -76,10 +86,8 @@ public:
     // written back before it takes the target's place.
     void writeArchive(const std::string& target, File& archive, Existing existing) const;
 
-    // Writes the archive that `make` adds to the stream it gets, entry by
-    // entry; the target's place is taken once `make` returned.
-    void streamArchive(const std::string& target, Existing existing,
-                       const std::function<void(ArchiveStream&)>& make) const;
+    // An archive to write entry by entry, its temporary file open.
+    std::unique_ptr<ArchiveStream> streamArchive(const std::string& target, Existing existing) const;
 
     // Removes the regular file at `target`, a file the tool made before and
     // the user asked to replace; an input, a link or a folder stays. Whether
@@ -96,6 +104,9 @@ private:
     // Whether a file stands at `target` (`found`: what lstat found there,
     // or null); throws when it may not be replaced.
     bool existingTarget(const std::string& target, const struct stat* found, Existing existing) const;
+
+    // A write to `target` begun: its temporary file made, empty.
+    std::unique_ptr<PendingWrite> begin(const std::string& target, Existing existing) const;
 
     // The files protected, found out only when a write meets a file already
     // at its target: pack, given thousands, then looks up none of them for a
