@@ -54,7 +54,9 @@ class Browser:
                                   file_actions=[(os.POSIX_SPAWN_DUP2, self.log.fileno(), 1),
                                                 (os.POSIX_SPAWN_DUP2, self.log.fileno(), 2),
                                                 (os.POSIX_SPAWN_DUP2, to_browser, 3),
-                                                (os.POSIX_SPAWN_DUP2, from_browser, 4)])
+                                                (os.POSIX_SPAWN_DUP2, from_browser, 4)],
+                                  # A group of its own, with its helper processes, to be ended whole.
+                                  setpgroup=0)
         os.close(to_browser)
         os.close(from_browser)
         self.next_id = 0
@@ -86,12 +88,28 @@ class Browser:
             time.sleep(0.1)
         raise Failure("Chromium opened no page")
 
+    def _group_alive(self):
+        for entry in os.listdir("/proc"):
+            try:
+                with open(f"/proc/{entry}/stat") as stat:
+                    fields = stat.read().rsplit(")", 1)[1].split()
+            except (OSError, IndexError):
+                continue
+            if fields[0] != "Z" and int(fields[2]) == self.pid:
+                return True
+        return False
+
     def close(self):
         try:
-            os.kill(self.pid, signal.SIGTERM)
+            os.killpg(self.pid, signal.SIGTERM)
             os.waitpid(self.pid, 0)
         except OSError:
             pass
+        # Its helpers outlive it by a moment, and one writes its state into
+        # the profile on the way out: gone first, so that nothing is left.
+        deadline = time.monotonic() + 5
+        while self._group_alive() and time.monotonic() < deadline:
+            time.sleep(0.05)
         for fd in (self.commands, self.answers):
             os.close(fd)
         self.log.close()
