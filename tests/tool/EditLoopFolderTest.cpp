@@ -262,12 +262,17 @@ TEST_F(EditLoopFolder, AFolderThatCannotBePackedLeavesTheOthersPacked)
     fs::remove(inbox + "/INBOX_001_003.png");
     const std::string busy = put("out/CONFIRM.LBX", "mine");
     const std::string confirm = unpacked("CONFIRM.LBX");
-    const Outcome run = lbx({"pack", "-o", out, inbox, dir.path("nowhere"), confirm, starname, starname + "/"});
+    const std::string copy = dir.path("copy/STARNAME");
+    fs::create_directories(copy);
+    fs::copy(starname, copy);
+    const Outcome run =
+        lbx({"pack", "-o", out, inbox, dir.path("nowhere"), confirm, starname, starname + "/", copy});
     EXPECT_EQ(run.status, 1);
     EXPECT_EQ(run.err, "lbx: '" + inbox + "/INBOX_001_003.png' is missing (entry 1 of '" + inbox + "/archive.json')\n"
                        "lbx: '" + dir.path("nowhere") + "' is not a folder\n"
                        "lbx: '" + busy + "' already exists; --force replaces it\n"
-                       "lbx: '" + starname + "' packs into '" + out + "/STARNAME.LBX' as '" + starname +
+                       "lbx: '" + starname + "' is given twice; it is packed once\n"
+                       "lbx: '" + copy + "' packs into '" + out + "/STARNAME.LBX' as '" + starname +
                            "' does; pack one of them on its own\n");
     EXPECT_EQ(run.out.rfind("packed ", 0), 0u);
     EXPECT_FALSE(fs::exists(out + "/INBOX.LBX"));

@@ -213,9 +213,12 @@ private:
         std::error_code error;
         const fs::path landing = fs::weakly_canonical(fs::absolute(folder.target), error);
         const auto [taken, fresh] = targets.emplace(error ? fs::path(folder.target) : landing, folder.folder);
-        if (!fresh)
-            throw std::runtime_error("'" + folder.folder + "' packs into '" + folder.target + "' as '" +
-                                     taken->second + "' does; pack one of them on its own");
+        if (fresh)
+            return;
+        if (fs::equivalent(taken->second, folder.folder, error))
+            throw std::runtime_error("'" + folder.folder + "' is given twice; it is packed once");
+        throw std::runtime_error("'" + folder.folder + "' packs into '" + folder.target + "' as '" + taken->second +
+                                 "' does; pack one of them on its own");
     }
 
     const PackOptions& options;
