@@ -260,7 +260,7 @@ int pack(const PackOptions& options)
 void addPack(CLI::App& app, int& status)
 {
     auto options = std::make_shared<PackOptions>();
-    CLI::App* command = app.add_subcommand("pack", "Build an archive from a folder that unpack made");
+    CLI::App* command = app.add_subcommand("pack", "Build archives again from folders that unpack made");
     command->add_option("FOLDER", options->folders, "Folders DIR/STEM/ that unpack made, each with its archive.json")
         ->required();
     command->add_option("-o,--output", options->output,
