@@ -14,8 +14,16 @@
 // Loops over whole rows or blocks of pixels are compiled twice on x86-64
 // GNU/Linux, for the baseline and for AVX2, whose steps are twice as wide;
 // the loader picks one for the machine, once. Elsewhere they are compiled
-// once.
-#if defined(__x86_64__) && defined(__linux__) && defined(__GNUC__)
+// once, and so they are under ThreadSanitizer, which instruments the
+// loader's pick as well, before it has started itself.
+#if defined(__SANITIZE_THREAD__)
+#define ZORV2_LBX_THREAD_SANITIZER
+#elif defined(__has_feature)
+#if __has_feature(thread_sanitizer)
+#define ZORV2_LBX_THREAD_SANITIZER
+#endif
+#endif
+#if defined(__x86_64__) && defined(__linux__) && defined(__GNUC__) && !defined(ZORV2_LBX_THREAD_SANITIZER)
 #define ZORV2_LBX_WIDE_LOOP __attribute__((target_clones("avx2", "default")))
 #else
 #define ZORV2_LBX_WIDE_LOOP
