@@ -175,3 +175,47 @@ TEST(EntryFiles, ASoundIsClaimedByItsNameOrItsHead)
     for (const auto& c : cases)
         EXPECT_EQ(claimsSound(c.name, c.bytes.data(), c.bytes.size()), c.claims) << c.name;
 }
+
+// A palette file as an editor may save it again: spaces where it likes, a
+// sign, CRLF; anything else refused on its line.
+TEST(EntryFiles, APaletteFileReadsAsAStreamOfNumbersWouldAndNamesTheLineItRefuses)
+{
+    const std::string head = "JASC-PAL\n0100\n";
+    const struct {
+        std::string what, text;
+        std::vector<unsigned char> colours; // RGBA, when read
+        std::string problem;                // when refused
+    } cases[] = {
+        {"as written", paletteFile(std::vector<unsigned char>{1, 2, 3, 255, 255, 0, 128, 255}.data(), 0, 2),
+         {1, 2, 3, 255, 255, 0, 128, 255}, ""},
+        {"spaces and tabs around the numbers", head + "1\n \t7  +8\t9 \n", {7, 8, 9, 255}, ""},
+        {"CRLF and leading zeros", "JASC-PAL\r\n0100\r\n1\r\n007 0 255\r\n", {7, 0, 255, 255}, ""},
+        {"no colours", head + "0\n", {}, ""},
+        {"blank lines after the colours", head + "1\n1 2 3\n\n\n", {1, 2, 3, 255}, ""},
+        {"another first line", "JASC-PAL2\n0100\n0\n", {}, "'p.pal' is not a palette file (it starts with JASC-PAL and 0100)"},
+        {"a count with a space behind", head + "1 \n1 2 3\n", {}, "'p.pal' line 3: the number of colours, 0 to 256, is missing"},
+        {"a negative count", head + "-1\n", {}, "'p.pal' line 3: the number of colours, 0 to 256, is missing"},
+        {"a count past 256", head + "257\n", {}, "'p.pal' line 3: the number of colours, 0 to 256, is missing"},
+        {"a count past any number", head + "99999999999999999999\n", {}, "'p.pal' line 3: the number of colours, 0 to 256, is missing"},
+        {"too few colours", head + "3\n1 2 3\n", {}, "'p.pal' line 5: the file ends after 1 of 3 colours"},
+        {"two numbers", head + "1\n1 2\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"four numbers", head + "1\n1 2 3 4\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"256", head + "1\n1 256 3\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"a negative number", head + "1\n1 -2 3\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"a sign alone", head + "1\n1 + 3\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"hexadecimal", head + "1\n0x10 2 3\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"a word behind", head + "1\n1 2 3 red\n", {}, "'p.pal' line 4: a colour is three numbers from 0 to 255"},
+        {"a colour more", head + "1\n1 2 3\n4 5 6\n", {}, "'p.pal' line 5: more colours than the file says it holds"},
+    };
+    for (const auto& c : cases) {
+        std::vector<unsigned char> read;
+        std::string problem;
+        try {
+            read = readPaletteFile(c.text, "p.pal");
+        } catch (const std::runtime_error& e) {
+            problem = e.what();
+        }
+        EXPECT_EQ(problem, c.problem) << c.what;
+        EXPECT_EQ(read, c.colours) << c.what;
+    }
+}

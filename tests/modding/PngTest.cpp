@@ -251,12 +251,25 @@ TEST(PngWriting, WhatTheToolWritesReadsBackExactly)
 TEST(PngWriting, AnImpossiblePictureIsRefusedWithItsName)
 {
     const unsigned char pixel[4] = {};
-    try {
-        rgbaPng(pixel, 0, 1, "none.png");
-        ADD_FAILURE() << "a picture 0 wide was written";
-    } catch (const std::runtime_error& error) {
-        EXPECT_EQ(std::string(error.what()).rfind("could not encode 'none.png' (", 0), 0u) << error.what();
-    }
+    const struct {
+        unsigned int width, height;
+        std::string problem;
+    } cases[] = {
+        {0, 1, "could not encode 'p.png' (0x1; a PNG here is 1 to 1000000 pixels a side)"},
+        {1, 0, "could not encode 'p.png' (1x0; a PNG here is 1 to 1000000 pixels a side)"},
+        {1000001, 1, "could not encode 'p.png' (1000001x1; a PNG here is 1 to 1000000 pixels a side)"},
+        {1, 1000001, "could not encode 'p.png' (1x1000001; a PNG here is 1 to 1000000 pixels a side)"},
+    };
+    for (const auto& c : cases)
+        for (const bool indexed : {false, true}) {
+            try {
+                indexed ? indexedPng(pixel, c.width, c.height, pixel, "p.png", 1)
+                        : rgbaPng(pixel, c.width, c.height, "p.png");
+                ADD_FAILURE() << c.problem << " was written";
+            } catch (const std::runtime_error& error) {
+                EXPECT_EQ(error.what(), c.problem);
+            }
+        }
 }
 
 // A picture only to look at takes a palette of its own colours while they

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <iomanip>
 #include <limits>
 #include <sstream>
 
@@ -20,11 +19,17 @@ constexpr int HEX_DIGITS = 16;
 constexpr std::size_t LANES = 4;
 constexpr std::size_t NO_PART = std::numeric_limits<std::size_t>::max();
 
+// By hand: a text table's every record has a fingerprint, and a string
+// stream set up for each took a twelfth of unpack's instructions.
 std::string hex(std::uint64_t hash)
 {
-    std::ostringstream text;
-    text << std::hex << std::setw(HEX_DIGITS) << std::setfill('0') << hash;
-    return text.str();
+    constexpr char DIGITS[] = "0123456789abcdef";
+    constexpr int DIGIT_BITS = 4;
+    constexpr std::uint64_t DIGIT_MASK = (1u << DIGIT_BITS) - 1;
+    std::string text(HEX_DIGITS, '0');
+    for (int i = HEX_DIGITS - 1; i >= 0; --i, hash >>= DIGIT_BITS)
+        text[static_cast<std::size_t>(i)] = DIGITS[hash & DIGIT_MASK];
+    return text;
 }
 
 // The parts, each taken by the next free lane; a lane left without one

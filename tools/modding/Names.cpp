@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
-#include <iomanip>
-#include <sstream>
 #include <stdexcept>
 
 namespace fs = std::filesystem;
@@ -17,9 +15,8 @@ constexpr int INDEX_DIGITS = 3;
 
 std::string padded(unsigned int number)
 {
-    std::ostringstream text;
-    text << std::setw(INDEX_DIGITS) << std::setfill('0') << number;
-    return text.str();
+    const std::string digits = std::to_string(number);
+    return std::string(INDEX_DIGITS - std::min<std::size_t>(digits.size(), INDEX_DIGITS), '0') + digits;
 }
 
 } // namespace

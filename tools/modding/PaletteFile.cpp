@@ -3,7 +3,12 @@
 #include "tools/modding/Shapes.h"
 #include "tools/modding/TextEscape.h"
 
-#include <sstream>
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cerrno>
+#include <cstdlib>
+#include <optional>
 #include <stdexcept>
 
 namespace lbxtool {
@@ -15,10 +20,46 @@ namespace layout = zorv2::Lbx::layout;
 const std::string MAGIC = "JASC-PAL";
 const std::string VERSION = "0100";
 constexpr int LARGEST_COMPONENT = 255;
+constexpr int DECIMAL = 10;
 
 std::runtime_error badLine(const std::string& name, std::size_t line, const std::string& problem)
 {
     return std::runtime_error("'" + name + "' line " + std::to_string(line + 1) + ": " + problem);
+}
+
+// The next whole number of `line` from `at` on, read as a stream reads one
+// (spaces before it, a sign, digits), and `at` moved past it. By hand: a
+// string stream set up for each of a palette's 256 lines cost more than
+// the rest of reading it.
+std::optional<long> nextNumber(const std::string& line, std::size_t& at)
+{
+    const char* start = line.c_str() + at;
+    char* end = nullptr;
+    errno = 0;
+    const long value = std::strtol(start, &end, DECIMAL);
+    if (end == start || errno == ERANGE)
+        return std::nullopt;
+    at += static_cast<std::size_t>(end - start);
+    return value;
+}
+
+using Colour = std::array<unsigned char, PIXEL_SIZE>;
+
+// A line of three numbers from 0 to 255 and nothing else but spaces.
+std::optional<Colour> colourOf(const std::string& line)
+{
+    Colour colour{};
+    colour[layout::ALPHA] = layout::OPAQUE;
+    std::size_t at = 0;
+    for (const unsigned int component : {layout::RED, layout::GREEN, layout::BLUE}) {
+        const std::optional<long> value = nextNumber(line, at);
+        if (!value || *value < 0 || *value > LARGEST_COMPONENT)
+            return std::nullopt;
+        colour[component] = static_cast<unsigned char>(*value);
+    }
+    const bool spacesLeft = std::all_of(line.begin() + static_cast<std::ptrdiff_t>(at), line.end(),
+                                        [](unsigned char c) { return std::isspace(c) != 0; });
+    return spacesLeft ? std::optional<Colour>(colour) : std::nullopt;
 }
 
 } // namespace
@@ -46,23 +87,20 @@ std::vector<unsigned char> readPaletteFile(const std::string& text, const std::s
     if (lines.size() < 3 || lines[0] != MAGIC || lines[1] != VERSION)
         throw std::runtime_error("'" + name + "' is not a palette file (it starts with " + MAGIC + " and " + VERSION +
                                  ")");
-    std::istringstream countLine(lines[2]);
-    unsigned int count = 0;
-    if (!(countLine >> count) || !countLine.eof() || count > COLORS)
+    std::size_t at = 0;
+    const std::optional<long> stated = nextNumber(lines[2], at);
+    if (!stated || at != lines[2].size() || *stated < 0 || *stated > long{COLORS})
         throw badLine(name, 2, "the number of colours, 0 to 256, is missing");
+    const auto count = static_cast<std::size_t>(*stated);
     if (lines.size() < 3 + count)
         throw badLine(name, lines.size(), "the file ends after " + std::to_string(lines.size() - 3) + " of " +
                                               std::to_string(count) + " colours");
     std::vector<unsigned char> colours;
     for (std::size_t line = 3; line < 3 + count; ++line) {
-        std::istringstream in(lines[line]);
-        int red = -1, green = -1, blue = -1;
-        in >> red >> green >> blue;
-        if (in.fail() || !(in >> std::ws).eof() || red < 0 || green < 0 || blue < 0 || red > LARGEST_COMPONENT ||
-            green > LARGEST_COMPONENT || blue > LARGEST_COMPONENT)
+        const std::optional<Colour> colour = colourOf(lines[line]);
+        if (!colour)
             throw badLine(name, line, "a colour is three numbers from 0 to 255");
-        colours.insert(colours.end(), {static_cast<unsigned char>(red), static_cast<unsigned char>(green),
-                                       static_cast<unsigned char>(blue), layout::OPAQUE});
+        colours.insert(colours.end(), colour->begin(), colour->end());
     }
     for (std::size_t line = 3 + count; line < lines.size(); ++line)
         if (!lines[line].empty())

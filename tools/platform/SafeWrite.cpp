@@ -181,13 +181,13 @@ std::string roomProblem(int descriptor, const std::string& otherwise)
     return std::strerror(errno);
 }
 
-// Writes `bytes` into a file without a name in the folder of `file`, and
-// then names it `file`, which fails when anything stands there by then.
-// Whether it did: not where the file system has no such files, nor when a
-// file took the place that `existing` lets the caller's own write replace.
-bool linkedWhole(const fs::path& file, const std::string& bytes, const std::string& target, Existing existing)
+// Writes `bytes` into a file without a name in the folder of `target`, and
+// then names it `target`. Whether it did: the step that names the file fails
+// where anything stands there by then, and a file system may have no such
+// files or no room; nothing is left behind in either case.
+bool linkedWhole(const std::string& target, const std::string& bytes)
 {
-    const fs::path folder = file.parent_path();
+    const fs::path folder = fs::path(target).parent_path();
     const int descriptor = ::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, NEW_FILE_MODE);
     if (descriptor < 0)
         return false;
@@ -195,13 +195,13 @@ bool linkedWhole(const fs::path& file, const std::string& bytes, const std::stri
         int descriptor;
         ~Closed() { ::close(descriptor); }
     } closed{descriptor};
-    writeAll(descriptor, bytes.data(), bytes.size(), target);
+    try {
+        writeAll(descriptor, bytes.data(), bytes.size(), target);
+    } catch (const std::runtime_error&) {
+        return false;
+    }
     const std::string unnamed = "/proc/self/fd/" + std::to_string(descriptor);
-    if (::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, file.c_str(), AT_SYMLINK_FOLLOW) == 0)
-        return true;
-    if (errno == EEXIST && existing == Existing::Refuse)
-        throw alreadyThere(target);
-    return false;
+    return ::linkat(AT_FDCWD, unnamed.c_str(), AT_FDCWD, target.c_str(), AT_SYMLINK_FOLLOW) == 0;
 }
 
 } // namespace
@@ -338,12 +338,12 @@ void SafeWriter::writeFile(const std::string& target, Existing existing,
 
 void SafeWriter::writeBytes(const std::string& target, const std::string& bytes, Existing existing) const
 {
-    const Landing landing = landingOf(target);
-    if (!existingTarget(landing.file.string(), landing.standing(), existing) &&
-        linkedWhole(landing.file, bytes, target, existing))
+    // Most files a command writes are new, and a new one needs no look at
+    // its place first: a file that takes its name in one step either is
+    // there whole or was never there. Only when that fails is the place
+    // looked at, and the write made as any other, with its checks and words.
+    if (linkedWhole(target, bytes))
         return;
-    // Lands again: a replacement's lookups are nothing beside its syncs, and
-    // a file may have taken the place since.
     writeFile(target, existing, [&](int descriptor, const std::string&) {
         writeAll(descriptor, bytes.data(), bytes.size(), target);
     });
