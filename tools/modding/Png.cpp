@@ -52,7 +52,7 @@ constexpr int MEMORY_LEVEL = 5;
 // zlib deflates the rows raw; the sums come from libdeflate, which takes
 // many bytes an instruction where zlib's take one: zlib's Adler-32 was a
 // sixth of export's instructions. libpng's writer, set up and torn down for
-// each file, took a thirtieth of unpack's to write the head.
+// each file, took a fiftieth of unpack's to write the head.
 constexpr unsigned char SIGNATURE[] = {0x89, 'P', 'N', 'G', '\r', '\n', 0x1A, '\n'};
 constexpr unsigned char INDEXED_COLOURS = 3, RGBA_COLOURS = 6; // IHDR's colour types
 constexpr std::size_t METHOD_BYTES = 3;                        // IHDR's compression, filter, interlace
