@@ -234,6 +234,26 @@ TEST(Names, NumbersAndEntryReferences)
         EXPECT_EQ(thrownBy([&] { parseEntryRef(bad); }), "'" + bad + "' names no entry; write ARCHIVE:INDEX") << bad;
 }
 
+// Unpack writes each entry's part of the manifest on the workers and joins
+// them: the same text, whatever its keys hold.
+TEST(Manifest, EntriesWrittenApartMakeTheSameTextAsTheWhole)
+{
+    const Json archive = {{"archive", "A.LBX"}, {"count", 2}, {"entries", Json::array()}};
+    const Json entries[] = {
+        {{"kind", "graphic"}, {"widths", {1, 2, 3}}, {"frames", {"A_000_000.png", "q\"uote\\d.png"}}},
+        {{"kind", "text"}, {"files", {{"\u00e9t\u00e9.txt", "00ff"}, {"tab\there", ""}}}, {"empty", Json::object()}},
+    };
+    Json whole = archive;
+    std::vector<std::string> apart;
+    for (const Json& entry : entries) {
+        whole["entries"].push_back(entry);
+        apart.push_back(entryText(entry));
+    }
+    EXPECT_EQ(manifestText(archive, apart), manifestText(whole));
+    EXPECT_EQ(manifestText(archive, {}), manifestText(archive));
+    EXPECT_EQ(parseManifest(manifestText(whole), "m.json"), whole);
+}
+
 TEST(Hash, EachPartHashedBesideOthersAsAlone)
 {
     // FNV-1a's published values; the parts run out at different bytes, so

@@ -61,6 +61,16 @@ std::vector<unsigned char> shownAs(unsigned short index, const std::vector<unsig
     return {palette.begin() + index * 4, palette.begin() + index * 4 + 4};
 }
 
+// What unpack's check takes for a frame's file instead of reading it back.
+void expectSamePicture(const Picture& made, const Picture& read, const std::string& what)
+{
+    EXPECT_EQ(made.width, read.width) << what;
+    EXPECT_EQ(made.height, read.height) << what;
+    EXPECT_EQ(made.indexed, read.indexed) << what;
+    EXPECT_EQ(made.pixels, read.pixels) << what;
+    EXPECT_EQ(made.palette, read.palette) << what;
+}
+
 struct Case {
     const char* what;
     std::vector<Indices> frames;
@@ -97,8 +107,10 @@ TEST(FramePngs, FramesKeepTheEntrysIndicesAndTheSheetShowsThemAsTheyShow)
         const FramePngs made = framePngs(c.frames, WIDTH, HEIGHT, palette.data(), c.clear, names, "sheet.png");
         EXPECT_EQ(made.transparent, c.transparent) << c.what;
         ASSERT_EQ(made.frames.size(), c.frames.size()) << c.what;
+        ASSERT_EQ(made.pictures.size(), c.frames.size()) << c.what;
         for (std::size_t f = 0; f < c.frames.size(); ++f) {
             const Picture frame = readPicture(made.frames[f], names[f]);
+            expectSamePicture(made.pictures[f], frame, c.what);
             EXPECT_EQ(frame.indexed, c.framesIndexed) << c.what;
             for (std::size_t p = 0; p < PIXELS; ++p) {
                 const unsigned short index = c.frames[f][p];

@@ -80,7 +80,8 @@ struct UnpackedArchive {
     std::unique_ptr<ArchiveEntries> archive;
     std::unique_ptr<PaletteSource> palettes;
     std::vector<UnpackedEntry> entries;
-    Json manifest;
+    Json manifest; // its list of entries empty: each entry's part is written on the workers
+    std::vector<std::string> entryTexts;
     std::vector<std::string> kept;
 };
 
@@ -117,6 +118,7 @@ public:
         const ArchiveEntries& archive = *opened->archive;
         opened->palettes = std::make_unique<PaletteSource>(archive.reader(), lookup, files, warnings);
         opened->entries.resize(entries);
+        opened->entryTexts.resize(entries);
         opened->manifest = archiveManifest(archive.tagged(), static_cast<unsigned int>(entries), opened->path, header,
                                            charset.get());
         return opened;
@@ -131,8 +133,11 @@ public:
     void work(UnpackedArchive& opened, std::size_t i) override
     {
         const std::unique_ptr<Content> entry = opened.archive->read(static_cast<unsigned int>(i));
-        opened.entries[i] = unpackEntry(*entry, opened.path, static_cast<unsigned int>(i),
-                                        fs::path(opened.folder).filename().string(), *opened.palettes, charset.get());
+        UnpackedEntry& done = opened.entries[i];
+        done = unpackEntry(*entry, opened.path, static_cast<unsigned int>(i),
+                           fs::path(opened.folder).filename().string(), *opened.palettes, charset.get());
+        opened.entryTexts[i] = entryText(done.manifest);
+        done.manifest = Json();
     }
 
     void deliver(UnpackedArchive& opened, std::size_t i) override
@@ -142,14 +147,13 @@ public:
             writer.writeBytes(inFolder(opened.folder, name), bytes, existing);
             opened.written.insert(name);
         }
-        opened.manifest[key::ENTRIES].push_back(std::move(done.manifest));
         if (!done.kept.empty())
             opened.kept.push_back(done.kept);
     }
 
     void finish(UnpackedArchive& opened) override
     {
-        writer.writeBytes(inFolder(opened.folder, MANIFEST_NAME), manifestText(opened.manifest), existing);
+        writer.writeBytes(inFolder(opened.folder, MANIFEST_NAME), manifestText(opened.manifest, opened.entryTexts), existing);
         const unsigned int removed = removeEarlier(opened);
         std::cout << "unpacked " << entries(opened.archive->size()) << " of " << opened.path << " into "
                   << opened.folder << '\n';

@@ -335,8 +335,9 @@ EntryForm editableForm(Content* entry, const UnpackPlace& place)
         strict.strict = true;
         const PackPlace trial{{"unpacked form", static_cast<int>(place.index)},
                               [&form](const std::string& name) { return form.files.at(name); }, "", strict,
-                              refused, place.charset, true};
+                              refused, place.charset, &form.pictures};
         const std::unique_ptr<Content> rebuilt = entryFromForm(form.manifest, trial);
+        form.pictures.clear();
         if (rebuilt->size() == entry->size() && std::memcmp(rebuilt->data(), entry->data(), entry->size()) == 0) {
             for (const auto& view : form.views)
                 form.manifest[key::VIEWS].push_back(view.first);

@@ -4,6 +4,7 @@
 #include "entry/Content.h"
 #include "tools/modding/Charset.h"
 #include "tools/modding/Manifest.h"
+#include "tools/modding/Png.h"
 #include "tools/modding/Warnings.h"
 
 #include <functional>
@@ -25,6 +26,9 @@ struct EntryForm {
     Json manifest;                            // its kind and settings, and the names of its files
     std::map<std::string, std::string> files; // by name: what pack reads back
     std::map<std::string, std::string> views; // by name: only to look at
+    // The pictures its frames' files were made of, by name: what reading
+    // the files back gives, for the check that the form packs back.
+    std::map<std::string, Picture> pictures;
 };
 
 // What unpacking entry `index` needs besides the entry.
@@ -54,7 +58,9 @@ struct PackPlace {
     PackRules rules;
     Warnings& warnings; // what the user should know of the entry's files
     const Charset* charset = nullptr; // what text tables' lines are in; none: the text escape
-    bool madeHere = false;            // the files are unpack's own, in memory: see readPicture
+    // Pictures of files made a moment ago, by name: each taken (once) as it
+    // was made instead of decoding its file again.
+    std::map<std::string, Picture>* made = nullptr;
 
     std::string pathOf(const std::string& name) const;
 };

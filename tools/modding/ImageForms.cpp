@@ -37,6 +37,7 @@ int addFrames(EntryForm& form, const UnpackPlace& place, const std::vector<Indic
     FramePngs made = framePngs(frames, width, height, shown, clear, names, sheetName);
     for (unsigned int f = 0; f < frames.size(); ++f) {
         form.files[names[f]] = std::move(made.frames[f]);
+        form.pictures[names[f]] = std::move(made.pictures[f]);
         form.manifest[key::FRAMES].push_back(names[f]);
     }
     if (!made.sheet.empty())
@@ -53,6 +54,14 @@ void addPalette(EntryForm& form, const UnpackPlace& place, const unsigned char* 
     form.files[name] = paletteFile(palette, first, count);
 }
 
+// The picture file `name` holds: as it was made, when it was made here.
+Picture pictureOf(const std::string& name, const PackPlace& place)
+{
+    if (place.made != nullptr && place.made->count(name) != 0)
+        return std::move(place.made->extract(name).mapped());
+    return readPicture(place.read(name), place.pathOf(name));
+}
+
 // The frames the manifest names, as indices, all of the first one's size.
 // Pixels stored transparent though the file shows them otherwise are said,
 // or with strict rules refused; a raw graphic has no transparent pixel.
@@ -65,7 +74,7 @@ std::vector<Indices> framesFrom(const Json& manifest, const PackPlace& place, co
     std::vector<Indices> frames;
     for (unsigned int f = 0; f < names.size(); ++f) {
         const std::string path = place.pathOf(names[f]);
-        const Picture picture = readPicture(place.read(names[f]), path, place.madeHere);
+        const Picture picture = pictureOf(names[f], place);
         if (f == 0) {
             width = picture.width;
             height = picture.height;

@@ -388,15 +388,19 @@ FramePngs framePngs(const std::vector<Indices>& frames, unsigned int width, unsi
         made.frames.push_back(indexed ? indexedPng(pixels.back().data(), width, height, palette.get(), names[f])
                                       : rgbaPng(pixels.back().data(), width, height, names[f]));
     }
-    if (frames.size() < 2)
-        return made;
-    // The sheet's empty corner wants a transparent index even where the
-    // frames paint every pixel; with none left the sheet shows in RGBA.
-    const int sheetClear = sheetHasGap(frames.size()) ? free : made.transparent;
-    if (indexed && (sheetClear != NO_INDEX || !sheetHasGap(frames.size())))
-        made.sheet = indexedSheet(pixels, width, height, shown, sheetClear, sheetName);
-    else
-        made.sheet = rgbaSheet(indexed ? colouredFrames(frames, shown) : pixels, width, height, sheetName);
+    if (frames.size() > 1) {
+        // The sheet's empty corner wants a transparent index even where the
+        // frames paint every pixel; with none left the sheet shows in RGBA.
+        const int sheetClear = sheetHasGap(frames.size()) ? free : made.transparent;
+        if (indexed && (sheetClear != NO_INDEX || !sheetHasGap(frames.size())))
+            made.sheet = indexedSheet(pixels, width, height, shown, sheetClear, sheetName);
+        else
+            made.sheet = rgbaSheet(indexed ? colouredFrames(frames, shown) : pixels, width, height, sheetName);
+    }
+    for (std::vector<unsigned char>& picture : pixels)
+        made.pictures.push_back({width, height, indexed, std::move(picture),
+                                 indexed ? std::vector<unsigned char>(palette.get(), palette.get() + COLORS * PIXEL_SIZE)
+                                         : std::vector<unsigned char>()});
     return made;
 }
 

@@ -77,6 +77,7 @@ std::string counted(std::size_t count, const std::string& thing);
 // frames' files and `sheetName` the sheet's, in messages.
 struct FramePngs {
     std::vector<std::string> frames;
+    std::vector<Picture> pictures; // each frame's file as reading it back gives it
     std::string sheet;
     int transparent = NO_INDEX; // the index unpainted pixels take in the frames' files
 };

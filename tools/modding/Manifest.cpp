@@ -24,29 +24,58 @@ bool plainName(const std::string& name)
 }
 
 constexpr int INDENT = 2;
+// An entry's place in an archive's manifest: in the list under the top.
+constexpr int ENTRY_DEPTH = 2;
 // nlohmann's messages begin with a tag for programs: "[json.exception.parse_error.101] ".
 constexpr char TAG_END = ']';
 
+std::string indent(int depth)
+{
+    return std::string(std::size_t(depth) * INDENT, ' ');
+}
+
+// A key as JSON writes it. The manifest's own keys and most file names need
+// no escape: quoted as they are, they cost no value made only to be written.
+std::string keyText(const std::string& key)
+{
+    const bool plain = std::all_of(key.begin(), key.end(), [](char c) {
+        return c >= ' ' && c <= '~' && c != '"' && c != '\\';
+    });
+    return plain ? '"' + key + '"' : Json(key).dump(-1, ' ', false, Json::error_handler_t::strict);
+}
+
+// Items already written, one to a line, as a list at `depth`.
+void writeList(const std::vector<std::string>& items, int depth, std::string& text)
+{
+    if (items.empty()) {
+        text += "[]";
+        return;
+    }
+    text += "[\n";
+    for (std::size_t i = 0; i < items.size(); ++i)
+        text += indent(depth + 1) + items[i] + (i + 1 == items.size() ? "\n" : ",\n");
+    text += indent(depth) + "]";
+}
+
 void writeValue(const Json& value, int depth, std::string& text)
 {
-    const std::string inner(std::size_t(depth + 1) * INDENT, ' '), outer(std::size_t(depth) * INDENT, ' ');
     if (value.is_object() && !value.empty()) {
         text += "{\n";
         for (auto item = value.begin(); item != value.end(); ++item) {
-            text += inner + Json(item.key()).dump() + ": ";
+            text += indent(depth + 1) + keyText(item.key()) + ": ";
             writeValue(item.value(), depth + 1, text);
             text += std::next(item) == value.end() ? "\n" : ",\n";
         }
-        text += outer + "}";
+        text += indent(depth) + "}";
     } else if (value.is_array() && !value.empty() &&
                !std::all_of(value.begin(), value.end(), [](const Json& item) { return item.is_number(); })) {
         text += "[\n";
         for (std::size_t i = 0; i < value.size(); ++i) {
-            text += inner;
+            text += indent(depth + 1);
             writeValue(value[i], depth + 1, text);
             text += i + 1 == value.size() ? "\n" : ",\n";
         }
-        text += outer + "]";
+        text += indent(depth) + "]";
     } else {
         text += value.dump(-1, ' ', false, Json::error_handler_t::strict);
     }
@@ -71,6 +100,27 @@ std::string manifestText(const Json& manifest)
     std::string text;
     writeValue(manifest, 0, text);
     return text + "\n";
+}
+
+std::string entryText(const Json& entry)
+{
+    std::string text;
+    writeValue(entry, ENTRY_DEPTH, text);
+    return text;
+}
+
+std::string manifestText(const Json& archive, const std::vector<std::string>& entries)
+{
+    std::string text = "{\n";
+    for (auto item = archive.begin(); item != archive.end(); ++item) {
+        text += indent(1) + keyText(item.key()) + ": ";
+        if (item.key() == key::ENTRIES)
+            writeList(entries, 1, text);
+        else
+            writeValue(item.value(), 1, text);
+        text += std::next(item) == archive.end() ? "\n" : ",\n";
+    }
+    return text + "}\n";
 }
 
 std::runtime_error ManifestPlace::problem(const std::string& what) const

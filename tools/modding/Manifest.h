@@ -82,6 +82,11 @@ Json parseManifest(const std::string& text, const std::string& path);
 // The manifest as text: indented by two, with a list of numbers on one line,
 // so that a font's 256 widths do not take 256 lines.
 std::string manifestText(const Json& manifest);
+// The same of an archive's manifest whose entries were written apart, each
+// by entryText (on the workers, while the next is made): they stand in its
+// list of entries, which `archive` holds empty.
+std::string entryText(const Json& entry);
+std::string manifestText(const Json& archive, const std::vector<std::string>& entries);
 
 // Where a value stands, for messages: "'DIR/archive.json' entry 3".
 struct ManifestPlace {

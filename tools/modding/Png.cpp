@@ -305,7 +305,7 @@ std::string encoded(const unsigned char* pixels, unsigned int width, unsigned in
 
 } // namespace
 
-Picture readPicture(const std::string& bytes, const std::string& name, bool madeHere)
+Picture readPicture(const std::string& bytes, const std::string& name)
 {
     if (bytes.size() < sizeof SIGNATURE || png_sig_cmp(reinterpret_cast<png_const_bytep>(bytes.data()), 0, sizeof SIGNATURE) != 0)
         throw std::runtime_error("'" + name + "' is not a PNG file");
@@ -317,10 +317,6 @@ Picture readPicture(const std::string& bytes, const std::string& name, bool made
             png_set_read_fn(png, &reading.source, readSource);
             png_set_chunk_cache_max(png, MOST_KEPT_CHUNKS);
             png_set_chunk_malloc_max(png, LARGEST_KEPT_CHUNK);
-            if (madeHere) {
-                png_set_crc_action(png, PNG_CRC_QUIET_USE, PNG_CRC_QUIET_USE);
-                png_set_option(png, PNG_IGNORE_ADLER32, PNG_OPTION_ON);
-            }
             png_read_info(png, info);
         }))
         throw fail();

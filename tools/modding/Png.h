@@ -21,9 +21,8 @@ struct Picture {
 };
 
 // Reads the PNG held in `bytes`; `name` is the file it came from, for
-// messages. Bytes `madeHere`, by this process's own encoder a moment ago,
-// never left memory: their CRCs and Adler-32 guard nothing, and are skipped.
-Picture readPicture(const std::string& bytes, const std::string& name, bool madeHere = false);
+// messages.
+Picture readPicture(const std::string& bytes, const std::string& name);
 
 // The pixels of a picture as RGBA, an indexed one through its palette.
 std::vector<unsigned char> rgbaOf(const Picture& picture);
