@@ -153,7 +153,8 @@ public:
 
     void finish(UnpackedArchive& opened) override
     {
-        writer.writeBytes(inFolder(opened.folder, MANIFEST_NAME), manifestText(opened.manifest, opened.entryTexts), existing);
+        writer.writeBytes(inFolder(opened.folder, MANIFEST_NAME), manifestText(opened.manifest, opened.entryTexts),
+                          existing);
         const unsigned int removed = removeEarlier(opened);
         std::cout << "unpacked " << entries(opened.archive->size()) << " of " << opened.path << " into "
                   << opened.folder << '\n';
