@@ -126,7 +126,7 @@ std::vector<unsigned char> bytesOf(const val& array)
 
 } // namespace
 
-Picture readPicture(const std::string& bytes, const std::string& name, bool)
+Picture readPicture(const std::string& bytes, const std::string& name)
 {
     if (bytes.size() < SIGNATURE_SIZE || std::memcmp(bytes.data(), SIGNATURE, SIGNATURE_SIZE) != 0)
         throw std::runtime_error("'" + name + "' is not a PNG file");
