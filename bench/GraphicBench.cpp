@@ -1,5 +1,6 @@
 #include "Benchmarks.h"
 #include "Table.h"
+#include "Turns.h"
 
 #include "images/Graphic.h"
 #include "images/PixelLayout.h"
@@ -8,7 +9,9 @@
 
 #include <cstring>
 #include <map>
+#include <memory>
 #include <tuple>
+#include <vector>
 
 namespace bench {
 
@@ -90,6 +93,7 @@ std::string label(const char* what, const Size& size, Coding coding)
     return label(what, size) + " " + codingName(coding);
 }
 
+
 void countPixels(benchmark::State& state, const Animation& animation)
 {
     state.SetItemsProcessed(state.iterations() * animation.pixels);
@@ -103,101 +107,110 @@ void decodeEvery(Content::Graphic* graphic, Animation& animation)
         benchmark::DoNotOptimize(graphic->frame(i));
 }
 
+using Prepare = Work (*)(Animation&, Coding);
+
 // The first decode takes its buffers from the system; what is measured is
 // decoding, into buffers the graphic already holds, as the floor's loop
-// writes into a buffer it already holds.
-void decodeAll(benchmark::State& state, Animation& animation, Coding coding)
+// writes into a buffer it already holds. The decoded frames go back once
+// done.
+Work decoding(Animation& animation, Coding coding)
 {
     Content::Graphic* graphic = animation.graphic(coding);
     decodeEvery(graphic, animation);
-    for (auto _ : state)
-        decodeEvery(graphic, animation);
-    // Gives the decoded frames back before the next benchmark.
-    graphic->setPalette(animation.palette.data());
-    countPixels(state, animation);
+    return {[graphic, &animation] { decodeEvery(graphic, animation); },
+            [graphic, &animation] { graphic->setPalette(animation.palette.data()); }};
 }
 
 // The indices of a raw entry's frames stand back to back, with no fill for
 // these sizes: the same pixels that every decoder maps.
-void paletteLoop(benchmark::State& state, Animation& animation, Coding)
+Work paletteLoop(Animation& animation, Coding)
 {
     Content* raw = animation.entries.at(Coding::RAW).get();
     const auto* indices = reinterpret_cast<const unsigned char*>(raw->data()) + raw->size() - animation.pixels;
-    PaletteLoop loop(animation.palette);
-    std::vector<std::uint32_t> rgba(animation.pixels);
-    for (auto _ : state) {
-        loop.map(indices, animation.pixels, rgba.data());
+    auto loop = std::make_shared<PaletteLoop>(animation.palette);
+    auto rgba = std::make_shared<std::vector<std::uint32_t>>(animation.pixels);
+    return {[loop, rgba, indices, &animation] {
+        loop->map(indices, animation.pixels, rgba->data());
         benchmark::ClobberMemory();
-    }
-    countPixels(state, animation);
+    }};
 }
 
-void copyRgba(benchmark::State& state, Animation& animation, Coding)
+Work copyRgba(Animation& animation, Coding)
 {
     const std::size_t bytes = animation.pixels * PIXEL_SIZE;
-    std::vector<unsigned char> from(bytes, 1);
-    std::vector<unsigned char> to(bytes);
-    for (auto _ : state) {
-        std::memcpy(to.data(), from.data(), bytes);
+    auto from = std::make_shared<std::vector<unsigned char>>(bytes, 1);
+    auto to = std::make_shared<std::vector<unsigned char>>(bytes);
+    return {[from, to, bytes] {
+        std::memcpy(to->data(), from->data(), bytes);
         benchmark::ClobberMemory();
-    }
-    countPixels(state, animation);
+    }};
 }
 
-void create(benchmark::State& state, Animation& animation, Coding coding)
+Work creating(Animation& animation, Coding coding)
 {
     Content::Graphic* source = animation.graphic(coding);
-    for (auto _ : state) {
+    return {[source, coding, &animation] {
         std::unique_ptr<Content> entry(Content::Graphic::create(
             animation.images.pointers.data(), animation.palette.data(), source->width(), source->height(),
             source->frames(), 0, 0, 0, 0, flagsOf(coding)));
         benchmark::DoNotOptimize(entry->data());
-    }
-    countPixels(state, animation);
+    }};
 }
 
-void debugCreate(benchmark::State& state, Animation& animation, Coding coding)
+Work debugCreating(Animation& animation, Coding coding)
 {
     Content* entry = animation.entries.at(coding).get();
-    for (auto _ : state) {
-        std::unique_ptr<Content> again(entry->debugCreate());
-        benchmark::DoNotOptimize(again->data());
-    }
-    animation.graphic(coding)->setPalette(animation.palette.data());
-    countPixels(state, animation);
+    return {[entry] {
+                std::unique_ptr<Content> again(entry->debugCreate());
+                benchmark::DoNotOptimize(again->data());
+            },
+            [coding, &animation] { animation.graphic(coding)->setPalette(animation.palette.data()); }};
 }
 
-void lastFrameCold(benchmark::State& state, Animation& animation, Coding coding)
+Work lastFrameCold(Animation& animation, Coding coding)
 {
     Content::Graphic* graphic = animation.graphic(coding);
     decodeEvery(graphic, animation);
-    for (auto _ : state) {
-        graphic->setPalette(animation.palette.data());
-        benchmark::DoNotOptimize(graphic->frame(graphic->frames() - 1u));
-    }
-    graphic->setPalette(animation.palette.data());
-    countPixels(state, animation);
+    return {[graphic, &animation] {
+                graphic->setPalette(animation.palette.data());
+                benchmark::DoNotOptimize(graphic->frame(graphic->frames() - 1u));
+            },
+            [graphic, &animation] { graphic->setPalette(animation.palette.data()); }};
 }
 
-void lastFrameWarm(benchmark::State& state, Animation& animation, Coding coding)
+Work lastFrameWarm(Animation& animation, Coding coding)
 {
     Content::Graphic* graphic = animation.graphic(coding);
     graphic->setPalette(animation.palette.data());
     graphic->frame(graphic->frames() - 1u);
-    for (auto _ : state)
-        benchmark::DoNotOptimize(graphic->frame(graphic->frames() - 1u));
-    graphic->setPalette(animation.palette.data());
-    state.SetItemsProcessed(state.iterations());
+    return {[graphic] { benchmark::DoNotOptimize(graphic->frame(graphic->frames() - 1u)); },
+            [graphic, &animation] { graphic->setPalette(animation.palette.data()); }};
 }
 
-using Body = void (*)(benchmark::State&, Animation&, Coding);
-
 void add(const std::string& name, std::shared_ptr<Animations> animations, const Size& size, Coding coding,
-         Body body)
+         Prepare prepare)
 {
-    benchmark::RegisterBenchmark(name.c_str(), [animations, size, coding, body](benchmark::State& state) {
-        body(state, animations->get(size), coding);
+    benchmark::RegisterBenchmark(name.c_str(), [animations, size, coding, prepare](benchmark::State& state) {
+        Animation& animation = animations->get(size);
+        const Work work = prepare(animation, coding);
+        for (auto _ : state)
+            work.step();
+        work.after();
+        countPixels(state, animation);
     })->UseRealTime();
+}
+
+// A row held against `baseline`, timed in turns with it (see inTurns).
+void addInTurns(const std::string& name, std::shared_ptr<Animations> animations, const Size& size, Coding coding,
+                Prepare prepare, const std::string& baselineName, Prepare baseline, Coding baselineCoding,
+                Measure measure, double target)
+{
+    benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+        Animation& animation = animations->get(size);
+        inTurns(state, prepare(animation, coding), baseline(animation, baselineCoding));
+        countPixels(state, animation);
+    })->UseManualTime();
+    addPairedRow(name, baselineName, measure, target);
 }
 
 } // namespace
@@ -212,31 +225,33 @@ void registerGraphics()
         const std::string copy = label("memcpy RGBA", size);
         add(copy, animations, size, Coding::RAW, copyRgba);
         addRow(copy, floor, Measure::SPEED);
-        for (Coding coding : CODINGS) {
-            const std::string decode = label("Graphic frames", size, coding);
-            add(decode, animations, size, coding, decodeAll);
-            addRow(decode, floor, Measure::SPEED,
-                   coding == Coding::RAW ? RAW_DECODE_TARGET : COMPRESSED_DECODE_TARGET);
-        }
+        for (Coding coding : CODINGS)
+            addInTurns(label("Graphic frames", size, coding), animations, size, coding, decoding, floor, paletteLoop,
+                       Coding::RAW, Measure::SPEED,
+                       coding == Coding::RAW ? RAW_DECODE_TARGET : COMPRESSED_DECODE_TARGET);
     }
 
     const std::string chain = label("Graphic frames", CHAIN, Coding::DELTA);
     const std::string cold = label("frame(last) cold", CHAIN, Coding::DELTA);
     const std::string warm = label("frame(last) warm", CHAIN, Coding::DELTA);
-    add(cold, animations, CHAIN, Coding::DELTA, lastFrameCold);
-    add(warm, animations, CHAIN, Coding::DELTA, lastFrameWarm);
-    addRow(cold, chain, Measure::TIME, COLD_LAST_FRAME_TARGET);
+    addInTurns(cold, animations, CHAIN, Coding::DELTA, lastFrameCold, chain, decoding, Coding::DELTA, Measure::TIME,
+               COLD_LAST_FRAME_TARGET);
+    benchmark::RegisterBenchmark(warm.c_str(), [animations](benchmark::State& state) {
+        const Work work = lastFrameWarm(animations->get(CHAIN), Coding::DELTA);
+        for (auto _ : state)
+            work.step();
+        work.after();
+        state.SetItemsProcessed(state.iterations());
+    })->UseRealTime();
     addRow(warm, cold, Measure::TIME, WARM_LAST_FRAME_TARGET);
 
     for (const Size& size : CREATED) {
         const std::string floor = label("palette loop", size);
         for (Coding coding : CODINGS) {
-            const std::string created = label("Graphic::create", size, coding);
-            const std::string verified = label("Content::debugCreate", size, coding);
-            add(created, animations, size, coding, create);
-            add(verified, animations, size, coding, debugCreate);
-            addRow(created, floor, Measure::SPEED, CREATE_TARGET);
-            addRow(verified, floor, Measure::SPEED, CREATE_TARGET);
+            addInTurns(label("Graphic::create", size, coding), animations, size, coding, creating, floor, paletteLoop,
+                       Coding::RAW, Measure::SPEED, CREATE_TARGET);
+            addInTurns(label("Content::debugCreate", size, coding), animations, size, coding, debugCreating, floor,
+                       paletteLoop, Coding::RAW, Measure::SPEED, CREATE_TARGET);
         }
     }
 }

@@ -82,26 +82,9 @@ void addRow(std::string name, std::string baseline, Measure measure, double limi
     rows().push_back({std::move(name), std::move(baseline), measure, limit});
 }
 
-namespace {
-
-// The benchmarks that run their baseline in pairs, by name.
-std::map<std::string, std::string>& pairedBaselines()
+void addPairedRow(std::string name, std::string baseline, Measure measure, double limit)
 {
-    static std::map<std::string, std::string> baselines;
-    return baselines;
-}
-
-} // namespace
-
-void addPairedRow(std::string name, std::string baseline, double limit)
-{
-    pairedBaselines()[name] = baseline;
-    addRow(std::move(name), std::move(baseline), Measure::SPEED, limit);
-}
-
-TableReporter::Result TableReporter::pairedBaseline(const Result& result, double ratio)
-{
-    return {result.seconds * ratio, result.bytesPerSecond / ratio, result.itemsPerSecond / ratio, 0, 0};
+    rows().push_back({std::move(name), std::move(baseline), measure, limit, true});
 }
 
 bool TableReporter::ReportContext(const Context& context)
@@ -125,12 +108,12 @@ void TableReporter::ReportRuns(const std::vector<Run>& runs)
             continue;
         const std::string name = run.run_name.function_name;
         const double seconds = run.GetAdjustedRealTime() / benchmark::GetTimeUnitMultiplier(run.time_unit);
-        const Result& result = results[name] = {seconds, counter(run, "bytes_per_second"),
-                                                counter(run, "items_per_second"), counter(run, PEAK_COUNTER),
-                                                counter(run, ARCHIVE_COUNTER)};
-        const auto paired = pairedBaselines().find(name);
-        if (paired != pairedBaselines().end() && counter(run, PAIR_RATIO_COUNTER) > 0)
-            results[paired->second] = pairedBaseline(result, counter(run, PAIR_RATIO_COUNTER));
+        results[name] = {seconds,
+                         counter(run, "bytes_per_second"),
+                         counter(run, "items_per_second"),
+                         counter(run, PEAK_COUNTER),
+                         counter(run, ARCHIVE_COUNTER),
+                         counter(run, PAIR_RATIO_COUNTER)};
         std::cerr << name << ": " << duration(seconds) << '\n';
     }
 }
@@ -141,8 +124,17 @@ const TableReporter::Result* TableReporter::find(const std::string& name)
     return found == results.end() ? nullptr : &found->second;
 }
 
+const TableReporter::Result* TableReporter::baselineOf(const Row& row, const Result* result)
+{
+    if (row.paired) // it measured its baseline itself
+        return result != nullptr && result->pairRatio > 0 ? result : nullptr;
+    return row.baseline.empty() ? nullptr : find(row.baseline);
+}
+
 double TableReporter::ratio(const Row& row, const Result& result, const Result& base)
 {
+    if (row.paired)
+        return row.measure == Measure::TIME ? 1 / result.pairRatio : result.pairRatio;
     if (row.measure == Measure::TIME)
         return result.seconds / base.seconds;
     // Both sides of a pair count the same items; bytes serve where there are none.
@@ -176,7 +168,7 @@ bool TableReporter::printTable(std::ostream& out)
     unsigned int met = 0;
     for (const Row& row : rows()) {
         const Result* result = find(row.name);
-        const Result* base = row.baseline.empty() ? nullptr : find(row.baseline);
+        const Result* base = baselineOf(row, result);
         const bool hasTarget = row.limit > 0;
         targets += hasTarget ? 1 : 0;
         if (!result) {

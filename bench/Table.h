@@ -20,7 +20,7 @@ constexpr const char* PEAK_COUNTER = "peak_bytes";
 constexpr const char* ARCHIVE_COUNTER = "archive_bytes";
 
 // What a benchmark that times its work in pairs with a baseline reports: the
-// baseline's time over its own in each pair (see addPairedRow).
+// baseline's time over its own (see addPairedRow).
 constexpr const char* PAIR_RATIO_COUNTER = "pair_ratio";
 
 // One line of the table. `baseline` names another benchmark of the same run;
@@ -31,15 +31,16 @@ struct Row {
     std::string baseline;
     Measure measure;
     double limit;
+    bool paired = false; // its ratio is the benchmark's own, from pairs
 };
 
 // The rows in table order; each benchmark file appends its own.
 std::vector<Row>& rows();
 void addRow(std::string name, std::string baseline, Measure measure, double limit = 0);
-// A SPEED row of a benchmark that runs its baseline itself, in pairs: the
-// ratio is the median of the pairs' ratios, and the baseline's time the one
-// that ratio gives.
-void addPairedRow(std::string name, std::string baseline, double limit);
+// A row of a benchmark that runs its baseline's work itself, in turns with
+// its own, so that a slow stretch of the machine falls on both sides alike:
+// the ratio is the median over the repetitions of what each measured.
+void addPairedRow(std::string name, std::string baseline, Measure measure, double limit);
 
 // Keeps the measurements of the run (the median when there are repetitions)
 // and reports progress on stderr, so that stdout carries only the table.
@@ -59,13 +60,11 @@ private:
         double itemsPerSecond;
         double peakBytes;
         double archiveBytes;
+        double pairRatio; // the baseline's time over its own, when it ran in pairs
     };
 
-    // The baseline of a benchmark that ran it in pairs, as the pairs' median
-    // ratio gives it.
-    static Result pairedBaseline(const Result& result, double ratio);
-
     const Result* find(const std::string& name);
+    const Result* baselineOf(const Row& row, const Result* result);
     double ratio(const Row& row, const Result& result, const Result& base);
 
     std::map<std::string, Result> results;

@@ -577,7 +577,7 @@ void registerTool(std::shared_ptr<Archives> archives)
         benchmark::RegisterBenchmark(set.c_str(), [work, command](benchmark::State& state) {
             pairedSetRun(state, *work, command);
         })->UseManualTime()->Repetitions(SET_PAIRS);
-        addPairedRow(set, toolName(command, ONE_JOB, SET_SIZE, Source::MIXED), 1.7);
+        addPairedRow(set, toolName(command, ONE_JOB, SET_SIZE, Source::MIXED), Measure::SPEED, 1.7);
         // Where the commands make many files, the file system may be what
         // limits them.
         if (command == "export" || command == "unpack") {
