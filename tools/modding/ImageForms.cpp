@@ -57,8 +57,11 @@ void addPalette(EntryForm& form, const UnpackPlace& place, const unsigned char* 
 // The picture file `name` holds: as it was made, when it was made here.
 Picture pictureOf(const std::string& name, const PackPlace& place)
 {
-    if (place.made != nullptr && place.made->count(name) != 0)
-        return std::move(place.made->extract(name).mapped());
+    if (place.made != nullptr) {
+        const auto made = place.made->find(name);
+        if (made != place.made->end())
+            return std::move(place.made->extract(made).mapped());
+    }
     return readPicture(place.read(name), place.pathOf(name));
 }
 
