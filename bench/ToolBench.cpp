@@ -1,5 +1,6 @@
 #include "Benchmarks.h"
 #include "Table.h"
+#include "Turns.h"
 
 #include "images/Cursor.h"
 #include "images/Graphic.h"
@@ -7,7 +8,6 @@
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -66,20 +66,18 @@ std::string toolName(const std::string& command, unsigned int jobs, unsigned int
            (archives == 1 ? sourceName(source) : std::to_string(archives) + " archives");
 }
 
-std::string rawFramesFloor(Source source)
+// The row of the floor that `command` is held against on one archive.
+std::string floorName(const std::string& command, Source source)
 {
+    if (command == "verify")
+        return "open + re-create entries, " + sourceName(source);
+    if (command == "pack")
+        return "read RGBA files + create entries, " + sourceName(source);
     return "decode + write RGBA files, " + sourceName(source);
 }
 
-std::string createFloor(Source source)
-{
-    return "read RGBA files + create entries, " + sourceName(source);
-}
-
-std::string recreateFloor(Source source)
-{
-    return "open + re-create entries, " + sourceName(source);
-}
+// One command for each floor: `export` and `unpack` share theirs.
+const char* const FLOOR_COMMANDS[] = {"export", "pack", "verify"};
 
 // The big archive's rows take tens of seconds a run: the median of three,
 // and creating its 4,800 frames, which takes a minute, once.
@@ -89,70 +87,35 @@ constexpr unsigned int BIG_REPETITIONS = 3;
 // workers: its 100 MB, a few entries' frames and files in hand, and a constant.
 constexpr double BIG_PEAK_LIMIT = 1e9;
 
-// A folder of its own that an iteration writes into, made outside the time
-// measured and left in place until the run ends. Removing the last
-// iteration's files instead would measure the file system: this machine's
-// ext4 has no journal, and then skips every inode freed in the last minutes
-// when it hands out a new one; after 52,000 files were removed, `lbx export`
-// of the set took 12.5 s instead of 4.9 s, most of it in the kernel. What
-// earlier iterations wrote is flushed to the disk first, so that the system
-// writing it back does not take a core from this one.
-class NewFolder {
-public:
-    NewFolder(benchmark::State& state, const std::string& under)
-    {
-        state.PauseTiming();
-        static unsigned int made = 0;
-        path = under + "-" + std::to_string(++made);
-        fs::create_directories(path);
-        ::sync();
-        state.ResumeTiming();
-    }
-
-    const std::string& operator*() const { return path; }
-
-private:
-    std::string path;
-};
+// A folder of its own that a run writes into, made before its clock runs
+// and left in place until the bench ends. Removing the last run's files
+// instead would measure the file system: this machine's ext4 has no
+// journal, and then skips every inode freed in the last minutes when it
+// hands out a new one; after 52,000 files were removed, `lbx export` of the
+// set took 12.5 s instead of 4.9 s, most of it in the kernel. What earlier
+// runs wrote is flushed to the disk first, so that the system writing it
+// back does not take a core from this one.
+std::string newFolder(const std::string& under)
+{
+    static unsigned int made = 0;
+    const std::string path = under + "-" + std::to_string(++made);
+    fs::create_directories(path);
+    ::sync();
+    return path;
+}
 
 // A folder that the floors write raw frames into over and over (6 GB of the
-// big archive's), made once and its files emptied before and after each
-// use, so that every write lands in a file that exists. Removing them would
-// free thousands of inodes for the file system to skip (see NewFolder); new
-// files each time would leave gigabytes for the system to write back while
-// later rows run, where an emptied file's pages are dropped unwritten.
+// big archive's) has its files emptied before and after each use, so that
+// every write lands in a file that exists. Removing them would free
+// thousands of inodes for the file system to skip (see newFolder); new files
+// each time would leave gigabytes for the system to write back while later
+// rows run, where an emptied file's pages are dropped unwritten.
 void emptyFolder(const std::string& path)
 {
     fs::create_directories(path);
     for (const fs::directory_entry& file : fs::directory_iterator(path))
         fs::resize_file(file.path(), 0);
 }
-
-class ReusedFolder {
-public:
-    ReusedFolder(benchmark::State& state, std::string path) : state(state), path(std::move(path))
-    {
-        state.PauseTiming();
-        emptyFolder(this->path);
-        state.ResumeTiming();
-    }
-
-    ~ReusedFolder()
-    {
-        state.PauseTiming();
-        emptyFolder(path);
-        state.ResumeTiming();
-    }
-
-    ReusedFolder(const ReusedFolder&) = delete;
-    ReusedFolder& operator=(const ReusedFolder&) = delete;
-
-    const std::string& operator*() const { return path; }
-
-private:
-    benchmark::State& state;
-    std::string path;
-};
 
 // What one run of the tool took: from starting its process to its end, and
 // its peak of resident memory in bytes.
@@ -297,8 +260,7 @@ void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& co
     double peak = 0;
     try {
         for (auto _ : state) {
-            const NewFolder out(state, work.path("out"));
-            const ToolTaken taken = runCommand(work, command, jobs, count, source, *out);
+            const ToolTaken taken = runCommand(work, command, jobs, count, source, newFolder(work.path("out")));
             state.SetIterationTime(taken.seconds);
             peak = std::max(peak, taken.peak);
         }
@@ -310,34 +272,24 @@ void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& co
     state.counters[ARCHIVE_COUNTER] = static_cast<double>(work.archive(source).bytes);
 }
 
-// The set with all workers and with one, in pairs: each repetition runs
-// both, one right after the other (which first alternates), and reports the
-// time of all workers and how many times as fast it was as one. Timed apart,
-// minutes from each other in a run of random order, the two sides saw
+// The set with all workers against one, in pairs (see inPairs). Timed
+// apart, minutes from each other in a run of random order, the two sides saw
 // different machines: a burst of other work, or a file system that had just
 // taken tens of thousands of files, moved the ratio by half.
 void pairedSetRun(benchmark::State& state, ToolWorkloads& work, const std::string& command)
 {
     work.prepare(command, SET_SIZE, Source::MIXED);
-    static unsigned int pairs = 0;
-    double ratios = 0;
+    const auto withJobs = [&](unsigned int jobs) {
+        return [&work, &command, jobs] {
+            return runCommand(work, command, jobs, SET_SIZE, Source::MIXED, newFolder(work.path("out"))).seconds;
+        };
+    };
     try {
-        for (auto _ : state) {
-            const bool oneFirst = ++pairs % 2 == 1;
-            double seconds[2] = {};
-            for (const unsigned int jobs : oneFirst ? std::array{ONE_JOB, ALL_JOBS} : std::array{ALL_JOBS, ONE_JOB}) {
-                const NewFolder out(state, work.path("out"));
-                seconds[jobs == ONE_JOB ? 0 : 1] =
-                    runCommand(work, command, jobs, SET_SIZE, Source::MIXED, *out).seconds;
-            }
-            state.SetIterationTime(seconds[1]);
-            ratios += seconds[0] / seconds[1];
-        }
+        inPairs(state, withJobs(ALL_JOBS), withJobs(ONE_JOB));
     } catch (const std::exception& e) {
         state.SkipWithError(e.what());
     }
     countArchives(state, work.archive(Source::MIXED), SET_SIZE);
-    state.counters[PAIR_RATIO_COUNTER] = benchmark::Counter(ratios, benchmark::Counter::kAvgIterations);
 }
 
 // How every frame of an archive is stored, to create its entry again.
@@ -421,50 +373,101 @@ void createFromRawFrames(const std::vector<FrameSet>& sets, const std::string& f
     }
 }
 
-void rawFramesFloor(benchmark::State& state, ToolWorkloads& work, Source source)
-{
-    Pixels palette = scenePalette();
-    for (auto _ : state) {
-        if (source == Source::BIG) {
-            const ReusedFolder out(state, work.path("raw-big"));
-            writeRawFrames(work.archive(source).path, *out, palette.data());
-        } else {
-            const NewFolder out(state, work.path("raw"));
-            writeRawFrames(work.archive(source).path, *out, palette.data());
-        }
-    }
-    countArchives(state, work.archive(source), 1);
-}
-
-void createFloor(benchmark::State& state, ToolWorkloads& work, Source source)
-{
-    Pixels palette = scenePalette();
-    const std::string folder = work.path(source == Source::BIG ? "raw-big" : "raw-frames");
-    emptyFolder(folder);
-    const std::vector<FrameSet> sets = writeRawFrames(work.archive(source).path, folder, palette.data());
-    for (auto _ : state)
-        createFromRawFrames(sets, folder, palette.data());
-    emptyFolder(folder);
-    countArchives(state, work.archive(source), 1);
-}
-
 // What verifying has to do at least, in one process: open the archive, and
 // decode and re-create each entry of a kind the library re-creates, on a
 // copy that takes what it decoded along.
-void recreateFloor(benchmark::State& state, ToolWorkloads& work, Source source)
+void recreateEntries(const std::string& archivePath)
 {
-    for (auto _ : state) {
-        File archive(work.archive(source).path);
-        for (unsigned int i = 0; i < archive.size(); ++i) {
-            const Content::TYPE type = archive.at(i)->type();
-            if (type != Content::CURSOR && type != Content::EMPTY && type != Content::FONT &&
-                type != Content::GRAPHIC && type != Content::TEXT)
-                continue;
-            Content copy(*archive.at(i));
-            std::ostringstream differing;
-            std::unique_ptr<Content> recreated(copy.debugCreate(differing));
-            benchmark::DoNotOptimize(recreated->data());
-        }
+    File archive(archivePath);
+    for (unsigned int i = 0; i < archive.size(); ++i) {
+        const Content::TYPE type = archive.at(i)->type();
+        if (type != Content::CURSOR && type != Content::EMPTY && type != Content::FONT && type != Content::GRAPHIC &&
+            type != Content::TEXT)
+            continue;
+        Content copy(*archive.at(i));
+        std::ostringstream differing;
+        std::unique_ptr<Content> recreated(copy.debugCreate(differing));
+        benchmark::DoNotOptimize(recreated->data());
+    }
+}
+
+// The least that a command has to do on one archive, set up to run again
+// and again: `export` and `unpack` write raw frames, `pack` creates the
+// entries from them, `verify` re-creates the entries.
+class Floor {
+public:
+    Floor(ToolWorkloads& work, const std::string& command, Source source)
+        : archive(work.archive(source).path), source(source), palette(scenePalette()),
+          frames(work.path(source == Source::BIG ? "raw-big" : "raw-frames")), rawOut(work.path("raw")),
+          kind(command == "verify" ? Kind::RECREATE : command == "pack" ? Kind::CREATE : Kind::WRITE)
+    {
+        if (kind == Kind::RECREATE)
+            return;
+        emptyFolder(frames);
+        if (kind == Kind::CREATE)
+            sets = writeRawFrames(archive, frames, palette.data());
+    }
+
+    ~Floor()
+    {
+        if (kind != Kind::RECREATE)
+            emptyFolder(frames);
+    }
+
+    Floor(const Floor&) = delete;
+    Floor& operator=(const Floor&) = delete;
+
+    // The seconds one run took, what it writes into made before.
+    double run()
+    {
+        if (kind == Kind::RECREATE)
+            return secondsOf([this] { recreateEntries(archive); });
+        if (kind == Kind::CREATE)
+            return secondsOf([this] { createFromRawFrames(sets, frames, palette.data()); });
+        // The big archive's frames go to the same files each time, emptied
+        // right after; the mixed archive's to a new folder.
+        const bool big = source == Source::BIG;
+        const std::string out = big ? frames : newFolder(rawOut);
+        const double seconds = secondsOf([&] { writeRawFrames(archive, out, palette.data()); });
+        if (big)
+            emptyFolder(out);
+        return seconds;
+    }
+
+private:
+    enum class Kind { WRITE, CREATE, RECREATE };
+
+    const std::string archive;
+    const Source source;
+    Pixels palette;
+    const std::string frames, rawOut;
+    const Kind kind;
+    std::vector<FrameSet> sets;
+};
+
+void floorRun(benchmark::State& state, ToolWorkloads& work, const std::string& command, Source source)
+{
+    Floor floor(work, command, source);
+    for (auto _ : state)
+        state.SetIterationTime(floor.run());
+    countArchives(state, work.archive(source), 1);
+}
+
+// A command with all workers on one archive against its floor, in pairs
+// (see inPairs): timed apart, a stretch of the machine running slow fell on
+// one side and not the other, and moved `unpack`'s ratio from 0.26x to 0.48x
+// from run to run.
+void againstFloorRun(benchmark::State& state, ToolWorkloads& work, const std::string& command, Source source)
+{
+    work.prepare(command, 1, source);
+    try {
+        Floor floor(work, command, source);
+        inPairs(
+            state,
+            [&] { return runCommand(work, command, ALL_JOBS, 1, source, newFolder(work.path("out"))).seconds; },
+            [&] { return floor.run(); });
+    } catch (const std::exception& e) {
+        state.SkipWithError(e.what());
     }
     countArchives(state, work.archive(source), 1);
 }
@@ -498,14 +501,17 @@ void filesFloor(benchmark::State& state, ToolWorkloads& work, const std::string&
 {
     const std::vector<MadeFile> files = filesMadeBy(work, command);
     for (auto _ : state) {
-        const NewFolder out(state, work.path("files"));
-        fs::path folder;
-        for (const MadeFile& file : files) {
-            const fs::path path = *out / file.name;
-            if (path.parent_path() != folder)
-                fs::create_directories(folder = path.parent_path());
-            std::ofstream(path, std::ios::binary).write(file.bytes.data(), static_cast<std::streamsize>(file.bytes.size()));
-        }
+        const fs::path out = newFolder(work.path("files"));
+        state.SetIterationTime(secondsOf([&] {
+            fs::path folder;
+            for (const MadeFile& file : files) {
+                const fs::path path = out / file.name;
+                if (path.parent_path() != folder)
+                    fs::create_directories(folder = path.parent_path());
+                std::ofstream(path, std::ios::binary)
+                    .write(file.bytes.data(), static_cast<std::streamsize>(file.bytes.size()));
+            }
+        }));
     }
     countArchives(state, work.archive(Source::MIXED), SET_SIZE);
 }
@@ -515,46 +521,45 @@ std::string filesFloorName(const std::string& command)
     return "create the files of lbx " + command + ", " + std::to_string(SET_SIZE) + " archives";
 }
 
+// Every row here times itself: the tool by its launcher (see runTool), the
+// floors around their work alone.
 template <typename Body>
 benchmark::internal::Benchmark* add(const std::string& name, Body body)
 {
-    return benchmark::RegisterBenchmark(name.c_str(), body)->UseRealTime();
+    return benchmark::RegisterBenchmark(name.c_str(), body)->UseManualTime();
 }
 
-// A run of the tool, timed by its launcher (see runTool).
 benchmark::internal::Benchmark* addTool(const std::string& name, unsigned int jobs, unsigned int count, Source source,
                                         const std::shared_ptr<ToolWorkloads>& work, const std::string& command)
 {
-    return benchmark::RegisterBenchmark(name.c_str(), [work, command, jobs, count, source](benchmark::State& state) {
-               toolRun(state, *work, command, jobs, count, source);
-           })->UseManualTime();
+    return add(name, [work, command, jobs, count, source](benchmark::State& state) {
+        toolRun(state, *work, command, jobs, count, source);
+    });
 }
 
 // The floors of one archive, each a row that only shows its speed.
 void addFloors(const std::shared_ptr<ToolWorkloads>& work, Source source)
 {
-    const unsigned int repetitions = source == Source::BIG ? BIG_REPETITIONS : 0;
-    const auto repeated = [repetitions](benchmark::internal::Benchmark* benchmark) {
-        if (repetitions > 0)
-            benchmark->Repetitions(static_cast<int>(repetitions));
-    };
-    repeated(add(rawFramesFloor(source), [work, source](benchmark::State& state) { rawFramesFloor(state, *work, source); }));
-    auto* creating = add(createFloor(source), [work, source](benchmark::State& state) { createFloor(state, *work, source); });
-    if (source == Source::BIG)
-        creating->Repetitions(1);
-    repeated(add(recreateFloor(source), [work, source](benchmark::State& state) { recreateFloor(state, *work, source); }));
-    for (const std::string& floor : {rawFramesFloor(source), createFloor(source), recreateFloor(source)})
-        addRow(floor, "", Measure::SPEED);
+    for (const std::string command : FLOOR_COMMANDS) {
+        auto* floor = add(floorName(command, source), [work, command, source](benchmark::State& state) {
+            floorRun(state, *work, command, source);
+        });
+        if (source == Source::BIG)
+            floor->Repetitions(command == "pack" ? 1 : BIG_REPETITIONS);
+        addRow(floorName(command, source), "", Measure::SPEED);
+    }
 }
 
 // Each command on one archive against its floor; `verify` against the
-// library doing the same work in one process.
-void addAgainstFloor(const std::string& command, const std::string& name, Source source)
+// library doing the same work in one process. `paired` when the row timed
+// its floor itself.
+void addAgainstFloor(const std::string& command, const std::string& name, Source source, bool paired)
 {
+    const auto row = paired ? addPairedRow : addRow;
     if (command == "verify")
-        addRow(name, recreateFloor(source), Measure::TIME, 1.2);
+        row(name, floorName(command, source), Measure::TIME, 1.2);
     else
-        addRow(name, command == "pack" ? createFloor(source) : rawFramesFloor(source), Measure::SPEED, 0.3);
+        row(name, floorName(command, source), Measure::SPEED, 0.3);
 }
 
 } // namespace
@@ -568,15 +573,15 @@ void registerTool(std::shared_ptr<Archives> archives)
     // On the mixed archive each command is held against its floor, with one
     // worker and with all, and the set of archives shows what the cores add.
     for (const std::string command : COMMANDS) {
-        for (unsigned int jobs : {ONE_JOB, ALL_JOBS})
-            addTool(toolName(command, jobs, 1, Source::MIXED), jobs, 1, Source::MIXED, work, command);
         const std::string one = toolName(command, ALL_JOBS, 1, Source::MIXED);
-        addAgainstFloor(command, one, Source::MIXED);
-        addRow(toolName(command, ONE_JOB, 1, Source::MIXED), one, Measure::TIME);
+        add(one, [work, command](benchmark::State& state) { againstFloorRun(state, *work, command, Source::MIXED); });
+        addAgainstFloor(command, one, Source::MIXED, true);
+        const std::string oneJob = toolName(command, ONE_JOB, 1, Source::MIXED);
+        addTool(oneJob, ONE_JOB, 1, Source::MIXED, work, command);
+        addRow(oneJob, one, Measure::TIME);
         const std::string set = toolName(command, ALL_JOBS, SET_SIZE, Source::MIXED);
-        benchmark::RegisterBenchmark(set.c_str(), [work, command](benchmark::State& state) {
-            pairedSetRun(state, *work, command);
-        })->UseManualTime()->Repetitions(SET_PAIRS);
+        add(set, [work, command](benchmark::State& state) { pairedSetRun(state, *work, command); })
+            ->Repetitions(SET_PAIRS);
         addPairedRow(set, toolName(command, ONE_JOB, SET_SIZE, Source::MIXED), Measure::SPEED, 1.7);
         // Where the commands make many files, the file system may be what
         // limits them.
@@ -592,7 +597,7 @@ void registerTool(std::shared_ptr<Archives> archives)
     for (const std::string command : COMMANDS) {
         const std::string big = toolName(command, ALL_JOBS, 1, Source::BIG);
         addTool(big, ALL_JOBS, 1, Source::BIG, work, command)->Repetitions(BIG_REPETITIONS);
-        addAgainstFloor(command, big, Source::BIG);
+        addAgainstFloor(command, big, Source::BIG, false);
         addRow(big, "", Measure::PEAK, BIG_PEAK_LIMIT);
     }
 }

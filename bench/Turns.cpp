@@ -7,11 +7,6 @@
 
 namespace bench {
 
-namespace {
-
-constexpr double BLOCK_SECONDS = 0.02;
-
-// Runs `step` `times` times; how long that took.
 double secondsOf(const std::function<void()>& step, std::size_t times)
 {
     const auto start = std::chrono::steady_clock::now();
@@ -19,6 +14,10 @@ double secondsOf(const std::function<void()>& step, std::size_t times)
         step();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
+
+namespace {
+
+constexpr double BLOCK_SECONDS = 0.02;
 
 // How many steps of `side` take about a block's time.
 std::size_t blockOf(const Work& side)
@@ -54,6 +53,22 @@ void inTurns(benchmark::State& state, const Work& work, const Work& base)
     const double baseStep = baseSeconds / static_cast<double>(blocks * baseSteps);
     const double workStep = workSeconds / static_cast<double>(state.iterations());
     state.counters[PAIR_RATIO_COUNTER] = baseStep / workStep;
+}
+
+void inPairs(benchmark::State& state, const std::function<double()>& own, const std::function<double()>& base)
+{
+    static unsigned int pairs = 0;
+    double ratios = 0;
+    for (auto _ : state) {
+        const bool baseFirst = ++pairs % 2 == 1;
+        double baseSeconds = baseFirst ? base() : 0;
+        const double seconds = own();
+        if (!baseFirst)
+            baseSeconds = base();
+        state.SetIterationTime(seconds);
+        ratios += baseSeconds / seconds;
+    }
+    state.counters[PAIR_RATIO_COUNTER] = benchmark::Counter(ratios, benchmark::Counter::kAvgIterations);
 }
 
 } // namespace bench

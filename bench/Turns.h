@@ -3,9 +3,13 @@
 
 #include <benchmark/benchmark.h>
 
+#include <cstddef>
 #include <functional>
 
 namespace bench {
+
+// How long `step` took to run `times` times, in seconds.
+double secondsOf(const std::function<void()>& step, std::size_t times = 1);
 
 // One iteration's work of a benchmark, set up to run again and again, and
 // what to do once it is done.
@@ -25,6 +29,13 @@ struct Work {
 // cache (raw frames fell to 0.66x-0.77x of a palette loop run so), where
 // within a block each runs warm, as it does alone.
 void inTurns(benchmark::State& state, const Work& work, const Work& base);
+
+// Times `own` and `base` in pairs, where one run of either takes too long
+// for blocks of them: each iteration runs both, one right after the other
+// (which first alternates), and reports the time of `own`, and the
+// baseline's time over its own as the pair ratio. Each returns the seconds
+// its run took, timed by itself, so that what it sets up stays out.
+void inPairs(benchmark::State& state, const std::function<double()>& own, const std::function<double()>& base);
 
 } // namespace bench
 
