@@ -35,8 +35,8 @@ constexpr unsigned int SET_SIZE = 20;
 // Exporting, unpacking or packing the set takes seconds a run: the floor of
 // creating its files is the median of three.
 constexpr unsigned int SET_REPETITIONS = 3;
-// The set with all workers against one: the median of five pairs.
-constexpr unsigned int SET_PAIRS = 5;
+// The set with all workers against one: the median of seven pairs.
+constexpr unsigned int SET_PAIRS = 7;
 // Sequential: the floors, and the tool's rows that the threaded ones are
 // held against.
 constexpr unsigned int ONE_JOB = 1;
