@@ -15,8 +15,9 @@ void registerKinds();
 void registerGraphics();
 
 // `zorv2-lbx-bench --peak FILE PROGRAM ARGS...` runs PROGRAM from a
-// process of this program's size at its start, and writes the peak resident
-// memory of PROGRAM's process, in KiB, to FILE; its exit status is PROGRAM's.
+// process of this program's size at its start, and writes to FILE the peak
+// resident memory of PROGRAM's process in KiB, the seconds from its start to
+// its end, and the processor seconds it used; its exit status is PROGRAM's.
 constexpr const char* PEAK_OPTION = "--peak";
 int runMeasuringPeak(char** argv);
 

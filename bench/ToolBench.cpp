@@ -14,6 +14,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <iterator>
 #include <sstream>
 #include <spawn.h>
@@ -117,10 +118,12 @@ void emptyFolder(const std::string& path)
         fs::resize_file(file.path(), 0);
 }
 
-// What one run of the tool took: from starting its process to its end, and
-// its peak of resident memory in bytes.
+// What one run of the tool took: from starting its process to its end, the
+// processor time it used (user and system, on all its threads), and its
+// peak of resident memory in bytes.
 struct ToolTaken {
     double seconds = 0;
+    double processor = 0;
     double peak = 0;
 };
 
@@ -159,7 +162,7 @@ ToolTaken runTool(const std::vector<std::string>& arguments, const std::string& 
     }
     ToolTaken taken;
     double kib = 0;
-    std::ifstream(peakFile) >> kib >> taken.seconds;
+    std::ifstream(peakFile) >> kib >> taken.seconds >> taken.processor;
     constexpr double KIB = 1024;
     taken.peak = kib * KIB;
     return taken;
@@ -279,9 +282,16 @@ void toolRun(benchmark::State& state, ToolWorkloads& work, const std::string& co
 void pairedSetRun(benchmark::State& state, ToolWorkloads& work, const std::string& command)
 {
     work.prepare(command, SET_SIZE, Source::MIXED);
+    // Each side says on stderr how busy it kept the cores: a pair whose
+    // ratio falls short shows there whether the workers waited (processor
+    // time under twice the wall time) or were slowed.
     const auto withJobs = [&](unsigned int jobs) {
         return [&work, &command, jobs] {
-            return runCommand(work, command, jobs, SET_SIZE, Source::MIXED, newFolder(work.path("out"))).seconds;
+            const ToolTaken taken =
+                runCommand(work, command, jobs, SET_SIZE, Source::MIXED, newFolder(work.path("out")));
+            std::cerr << "  " << toolName(command, jobs, SET_SIZE, Source::MIXED) << ": " << taken.seconds
+                      << " s, processor " << taken.processor << " s\n";
+            return taken.seconds;
         };
     };
     try {
@@ -617,7 +627,9 @@ int runMeasuringPeak(char** argv)
     if (child < 0 || wait4(child, &status, 0, &usage) < 0)
         return 127;
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
-    std::ofstream(argv[0]) << usage.ru_maxrss << ' ' << taken.count() << '\n';
+    const auto seconds = [](const timeval& time) { return static_cast<double>(time.tv_sec) + time.tv_usec / 1e6; };
+    std::ofstream(argv[0]) << usage.ru_maxrss << ' ' << taken.count() << ' '
+                           << seconds(usage.ru_utime) + seconds(usage.ru_stime) << '\n';
     return WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
 }
 
